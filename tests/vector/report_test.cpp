@@ -330,6 +330,12 @@ void on_fpe(int, siginfo_t* info, void*) {
   siglongjmp(back, 1);
 }
 
+template <class Body> __attribute__((noinline)) bool traps(Body body) {
+  if (sigsetjmp(back, 1) != 0) return true;
+  body();
+  return false;
+}
+
 TYPED_TEST(Report, ExceptTrapsWhereTheModeLetsIt) {
   struct sigaction action = {}, kept;
   action.sa_sigaction = on_fpe;
@@ -341,12 +347,8 @@ TYPED_TEST(Report, ExceptTrapsWhereTheModeLetsIt) {
     for (int32_t code = 1; code <= 4; ++code)
       for (int trap = 1; trap <= 4; ++trap) {
         __lumeSetMode(0x800 | traps[trap]);
-        volatile bool trapped = false;
         signal_code = 0;
-        if (sigsetjmp(back, 1) == 0)
-          this->report(code);
-        else
-          trapped = true;
+        const bool trapped = traps([&] { this->report(code); });
         asm volatile("fninit");
         EXPECT_EQ(trapped, code == trap) << code << " under trap " << trap;
         EXPECT_EQ(signal_code, trapped ? codes[code] : 0);
