@@ -330,7 +330,7 @@ void on_fpe(int, siginfo_t* info, void*) {
   siglongjmp(back, 1);
 }
 
-template <class Body> __attribute__((noinline)) bool traps(Body body) {
+template <class Body> __attribute__((noinline)) bool ends_in_trap(Body body) {
   if (sigsetjmp(back, 1) != 0) return true;
   body();
   return false;
@@ -348,7 +348,7 @@ TYPED_TEST(Report, ExceptTrapsWhereTheModeLetsIt) {
       for (int trap = 1; trap <= 4; ++trap) {
         __lumeSetMode(0x800 | traps[trap]);
         signal_code = 0;
-        const bool trapped = traps([&] { this->report(code); });
+        const bool trapped = ends_in_trap([&] { this->report(code); });
         asm volatile("fninit");
         EXPECT_EQ(trapped, code == trap) << code << " under trap " << trap;
         EXPECT_EQ(signal_code, trapped ? codes[code] : 0);
