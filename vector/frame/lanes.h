@@ -71,6 +71,8 @@ template <int lane> static TARN_INLINE unsigned low_word(Float4 v) {
   return (unsigned)_mm_extract_epi16((__m128i)v, 2 * lane);
 }
 
+static TARN_INLINE Double2 splat(double v) { return Double2{v, v}; }
+static TARN_INLINE Float4 splat(float v) { return Float4{v, v, v, v}; }
 static TARN_INLINE Double2 pair(double a, double b) { return Double2{a, b}; }
 static TARN_INLINE Double2 low_lanes(Double2 a, Double2 b) { return _mm_unpacklo_pd(a, b); }
 static TARN_INLINE Double2 high_lanes(Double2 a, Double2 b) { return _mm_unpackhi_pd(a, b); }

@@ -40,7 +40,7 @@ template <class T, Wanted wanted, bool by_magnitude> struct Choice {
     else if (b != b)
       *r = a;
     else
-      *r = fast(VectorOf<T>{} + a, VectorOf<T>{} + b)[0];
+      *r = fast(splat(a), splat(b))[0];
     return 0;
   }
 };

@@ -1,5 +1,5 @@
-// Add, Sub, Mul, Sqr, Abs, CopySign, Fdim: one or two operations, no rare cases, nothing reported. Overflow and NaN pass
-// through as the hardware gives them.
+// Add, Sub, Mul, Sqr, Abs, CopySign, Fdim: one or two operations, no rare cases, nothing reported. Overflow and NaN
+// pass through as the hardware gives them.
 #pragma once
 
 #include "vector/frame/claims.h"
@@ -7,9 +7,7 @@
 
 namespace tarn::TARN_ISA {
 
-template <class T> struct Light {
-  static constexpr T filler = 1;
-};
+template <class T> struct Light { static constexpr T filler = 1; };
 
 template <class T> struct Add : Light<T> {
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> a, VectorOf<T> b) { return a + b; }

@@ -1,6 +1,6 @@
-// LinearFrac: (scalea*a + shifta) / (scaleb*b + shiftb), each operation rounded once. Where a scale is zero its array is
-// not looked at. The divider is used throughout: on processors of today it is faster than a refined reciprocal estimate,
-// serves the whole range, and gives the same bits everywhere.
+// LinearFrac: (scalea*a + shifta) / (scaleb*b + shiftb), each operation rounded once. Where a scale is zero its array
+// is not looked at. The divider is used throughout: on processors of today it is faster than a refined reciprocal
+// estimate, serves the whole range, and gives the same bits everywhere.
 #pragma once
 
 #include "vector/frame/claims.h"
@@ -16,7 +16,7 @@ template <class T> struct LinearFrac {
     static constexpr T filler = 1;
     T scalea, shifta, scaleb, shiftb;
     TARN_INLINE VectorOf<T> fast(VectorOf<T> a, VectorOf<T> b) const {
-      VectorOf<T> numerator = VectorOf<T>{} + shifta, denominator = VectorOf<T>{} + shiftb;
+      VectorOf<T> numerator = splat(shifta), denominator = splat(shiftb);
       if constexpr (has_a) numerator = scalea * a + shifta;
       if constexpr (has_b) denominator = scaleb * b + shiftb;
       return numerator / denominator;

@@ -1,8 +1,7 @@
-// Fmod and Remainder: what is left of a after the whole multiples of b, exactly. The quotient is truncated (Fmod, result
-// of a's sign) or rounded to nearest, ties to even (Remainder).
-// While the exponents differ by at most 25 one division gives the quotient to the last integer, up to one that the sign
-// of the remainder betrays; b in two parts of 26 and 27 bits makes the remainder exact. All other pairs are divided in
-// integers.
+// Fmod and Remainder: what is left of a after the whole multiples of b, exactly. The quotient is truncated (Fmod,
+// result of a's sign) or rounded to nearest, ties to even (Remainder). While the exponents differ by at most 25 one
+// division gives the quotient to the last integer, up to one that the sign of the remainder betrays; b in two parts of
+// 26 and 27 bits makes the remainder exact. All other pairs are divided in integers.
 #pragma once
 
 #include "vector/frame/claims.h"
@@ -148,8 +147,7 @@ template <Quotient quotient> struct sModulus {
   static TARN_INLINE Double2 half(Double2 A, Double2 B) {
     const Double2 q = (A / B + shifter) - shifter;
     Double2 r = A - q * B;
-    if constexpr (quotient == Quotient::truncated)
-      return r + (Double2)((Long2)B & (r < 0.0));
+    if constexpr (quotient == Quotient::truncated) return r + (Double2)((Long2)B & (r < 0.0));
     const Double2 twice = r + r;
     return r - (Double2)((Long2)B & (twice > B)) + (Double2)((Long2)B & (twice < -B));
   }

@@ -1,5 +1,5 @@
-// NextAfter: the neighbour of a in the direction of b. The bit patterns of numbers of one sign are in the order of their
-// magnitudes, so the neighbour is one integer away.
+// NextAfter: the neighbour of a in the direction of b. The bit patterns of numbers of one sign are in the order of
+// their magnitudes, so the neighbour is one integer away.
 #pragma once
 
 #include "vector/frame/claims.h"

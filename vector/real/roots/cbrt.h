@@ -1,5 +1,6 @@
 // Cbrt and InvCbrt. x = 2^(3q) 2^r C (1 + t) with r in 0..2, C one of 32 mantissas in the middle of their intervals and
-// |t| at most 1/65: the root of 2^r C comes from a table, that of 1 + t from its series, and 2^q is put into the exponent.
+// |t| at most 1/65: the root of 2^r C comes from a table, that of 1 + t from its series, and 2^q is put into the
+// exponent.
 #pragma once
 
 #include "vector/frame/claims.h"
@@ -23,7 +24,8 @@ static TARN_INLINE CubeParts cube_parts(Double2 x) {
   const Long2 index = (Long2)((ULong2)mantissa >> 47) + (third << 5);
   const Double2 m = from_bits(mantissa | 0x3FF0000000000000);
   const Double2 C = from_bits((mantissa & 0x000F800000000000) | 0x3FF0400000000000); // 1.xxxxx1: plus 2^-6
-  const unsigned row0 = (unsigned)_mm_extract_epi16((__m128i)index, 0), row1 = (unsigned)_mm_extract_epi16((__m128i)index, 4);
+  const unsigned row0 = (unsigned)_mm_extract_epi16((__m128i)index, 0),
+                 row1 = (unsigned)_mm_extract_epi16((__m128i)index, 4);
   const Double2 reciprocal = pair(data::cbrt_reciprocal[row0 & 31], data::cbrt_reciprocal[row1 & 31]);
   return {(m - C) * reciprocal, row0, row1, q};
 }
@@ -78,9 +80,9 @@ template <Root root, bool two_parts> struct dCubeRoot {
     if (!(from_bits(bits(x) & 0x7FFFFFFFFFFFFFFF) < __builtin_inf()))
       *r = root == Root::cube || x != x ? x + x : 1.0 / x;
     else if (root == Root::cube)
-      *r = fast(Double2{} + x * 0x1p300)[0] * 0x1p-100;
+      *r = fast(splat(x * 0x1p300))[0] * 0x1p-100;
     else
-      *r = fast(Double2{} + x * 0x1p300)[0] * 0x1p100;
+      *r = fast(splat(x * 0x1p300))[0] * 0x1p100;
     return 0;
   }
 };
@@ -164,7 +166,7 @@ template <Root root, Precision precision> struct sCubeRoot {
     if (!(from_bits(bits(x) & 0x7FFFFFFF) < __builtin_inff()))
       *r = cube || x != x ? x + x : 1.0f / x;
     else
-      *r = fast(Float4{} + x * 0x1p60f)[0] * (cube ? 0x1p-20f : 0x1p20f);
+      *r = fast(splat(x * 0x1p60f))[0] * (cube ? 0x1p-20f : 0x1p20f);
     return 0;
   }
 };

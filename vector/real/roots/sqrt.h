@@ -1,7 +1,7 @@
 // Sqrt and InvSqrt from the 12-bit hardware estimate y0 of 1/sqrt(x): with e = 1 - x y0^2, which is exact in two parts,
 // sqrt(x) = x y0 (1 - e)^(-1/2) and 1/sqrt(x) = y0 (1 - e)^(-1/2), by the binomial series in e.
-// The rare routine of dSqrt takes its estimate from a table and refines root and half reciprocal root together: Markstein,
-// Computation of elementary functions on the IBM RISC System/6000 processor, IBM J. Res. Dev. 34 (1990).
+// The rare routine of dSqrt takes its estimate from a table and refines root and half reciprocal root together:
+// Markstein, Computation of elementary functions on the IBM RISC System/6000 processor, IBM J. Res. Dev. 34 (1990).
 #pragma once
 
 #include "vector/frame/claims.h"
@@ -46,9 +46,9 @@ static TARN_INLINE Double2 root_series4(Double2 e) {
   return e * (c1 + e * (c2 + e * (c3 + e * c4)));
 }
 static TARN_INLINE Double2 root_factor2(Double2 e) { // (1 - e)^(-1/2) to 36 bits
-  constexpr double c0 = 0x3FEFFFFFFFFFFF4F_d; // 0.99999999999998035
-  constexpr double c1 = 0x3FE000004379ADB7_d; // 0.50000012568255314
-  constexpr double c2 = 0x3FD80000C4CD9197_d; // 0.37500018328707924
+  constexpr double c0 = 0x3FEFFFFFFFFFFF4F_d;        // 0.99999999999998035
+  constexpr double c1 = 0x3FE000004379ADB7_d;        // 0.50000012568255314
+  constexpr double c2 = 0x3FD80000C4CD9197_d;        // 0.37500018328707924
   return c0 + e * (c1 + e * c2);
 }
 
@@ -132,7 +132,7 @@ TARN_CLAIM(dSqrt, EP, 6.8e7, 0, 1.8e308)
 
 // Arguments that the fast formula takes, but for a power of four.
 template <class F> static inline double scaled_root(double x, double up, double down) {
-  return F::fast(Double2{} + x * up)[0] * down;
+  return F::fast(splat(x * up))[0] * down;
 }
 
 struct dInvSqrt {
@@ -192,9 +192,7 @@ struct sSqrt {
   static TARN_INLINE Scaled scaled(Float4 x) {
     return {from_bits((bits(x) & 0x00FFFFFF) | 0x3F000000), bits(x) & 0x7F000000};
   }
-  static TARN_INLINE Float4 back(Float4 s, Int4 exponent) {
-    return from_bits(bits(s) + (exponent >> 1) - 0x1F800000);
-  }
+  static TARN_INLINE Float4 back(Float4 s, Int4 exponent) { return from_bits(bits(s) + (exponent >> 1) - 0x1F800000); }
   static TARN_INLINE Float4 back_inverse(Float4 s, Int4 exponent) {
     return from_bits(bits(s) - (exponent >> 1) + 0x1F800000);
   }
@@ -236,7 +234,7 @@ struct sInvSqrt : sSqrt {
     if (!(x < __builtin_inff()))
       *r = x == __builtin_inff() ? 0 : x * x;
     else
-      *r = F::fast(Float4{} + x * 0x1p60f)[0] * 0x1p30f;
+      *r = F::fast(splat(x * 0x1p60f))[0] * 0x1p30f;
     return 0;
   }
 };

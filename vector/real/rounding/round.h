@@ -1,5 +1,5 @@
-// Ceil, Floor, Trunc, Rint, NearbyInt, Round: one hardware rounding each, told apart by its immediate. NaNs pass through
-// the instruction, and nothing is reported.
+// Ceil, Floor, Trunc, Rint, NearbyInt, Round: one hardware rounding each, told apart by its immediate. NaNs pass
+// through the instruction, and nothing is reported.
 #pragma once
 
 #include "vector/frame/claims.h"
@@ -34,7 +34,7 @@ template <class T> struct HalfAway {
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> x) {
     const VectorOf<T> m = magnitude(x);
     const VectorOf<T> q = rounded<to_nearest>(m);
-    const VectorOf<T> one_where_half = select(m - q == (T)0.5, VectorOf<T>{} + (T)1, VectorOf<T>{});
+    const VectorOf<T> one_where_half = select(m - q == (T)0.5, splat((T)1), VectorOf<T>{});
     return with_sign_of(q + one_where_half, x);
   }
 };
