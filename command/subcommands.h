@@ -1,0 +1,11 @@
+// The subcommands of `tarn`, one file each. A subcommand adds itself to the program: its options, its help text and
+// the callback that does the work. The callback throws Failure when it cannot.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace tarn::command {
+
+// void add_<name>(CLI::App& program);
+
+}
