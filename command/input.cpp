@@ -174,8 +174,7 @@ std::vector<size_t> locate(const InputOptions& options, const Cells& names, bool
   }
   if (!places.empty()) {
     if (wanted && places.size() != static_cast<size_t>(wanted))
-      throw Failure("--column names " + std::to_string(places.size()) + " columns where " + std::to_string(wanted) +
-                    (wanted == 1 ? " is" : " are") + " needed");
+      throw Failure("--column: " + std::to_string(places.size()) + " given, " + std::to_string(wanted) + " needed");
     return places;
   }
   if (wanted && width != static_cast<size_t>(wanted)) {

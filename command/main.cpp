@@ -1,22 +1,24 @@
 // tarn: the library at the command line. This file only gathers the subcommands and words the failures.
-#include "command/failure.h"
 #include "command/subcommands.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <new>
 #include <string>
+#include <string_view>
 
 namespace {
 
 enum ExitCode { Done = 0, CouldNot = 1, BadUsage = 2 };
 
-int fail(std::string what, ExitCode code) {
-  for (char& c : what)
-    if (c == '\n' || c == '\r') c = ' ';
-  while (!what.empty() && what.back() == ' ') what.pop_back();
-  std::cerr << "tarn: " << what << "\n";
+// One line, whatever the text holds.
+int fail(std::string_view what, ExitCode code) noexcept {
+  while (!what.empty() && (what.back() == '\n' || what.back() == ' ')) what.remove_suffix(1);
+  std::fputs("tarn: ", stderr);
+  for (const char c : what) std::fputc(c == '\n' || c == '\r' ? ' ' : c, stderr);
+  std::fputc('\n', stderr);
   return code;
 }
 
@@ -26,33 +28,35 @@ bool has_subcommand(const CLI::App& program, const std::string& name) {
                      [&](const CLI::App* subcommand) { return subcommand->get_name() == name; });
 }
 
-}
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   CLI::App program("tarn: vector math, random streams, statistics and data fitting at the command line\n"
                    "Each subcommand has a help page with examples: tarn eval --help");
   program.name("tarn");
   program.set_version_flag("--version", "tarn " TARN_VERSION);
   program.require_subcommand(0, 1);
 
+  const bool named = argc > 1 && argv[1][0] != '-';
   try {
     program.parse(argc, argv);
-    if (program.get_subcommands().empty()) {
-      if (argc > 1) return fail(std::string("no subcommand named ") + argv[1] + " (try: tarn --help)", BadUsage);
-      std::cout << program.help();
-    }
+    if (program.get_subcommands().empty()) std::cout << program.help();
     return Done;
   } catch (const CLI::Success& help_or_version) {
     return program.exit(help_or_version);
   } catch (const CLI::ParseError& error) {
-    if (argc > 1 && argv[1][0] != '-' && !has_subcommand(program, argv[1]))
+    if (named && !has_subcommand(program, argv[1]))
       return fail(std::string("no subcommand named ") + argv[1] + " (try: tarn --help)", BadUsage);
     return fail(error.what(), BadUsage);
-  } catch (const tarn::command::Failure& failure) {
-    return fail(failure.what(), CouldNot);
+  }
+}
+
+}
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
   } catch (const std::bad_alloc&) {
     return fail("out of memory", CouldNot);
-  } catch (const std::exception& error) {
-    return fail(error.what(), CouldNot);
+  } catch (const std::exception& failure) { // most of them Failure
+    return fail(failure.what(), CouldNot);
   }
 }

@@ -179,7 +179,7 @@ TEST(Refusals, ColumnsAndEmptiness) {
   EXPECT_EQ(failure("a,b\n1,2\n", 1, columns({"3"}), ".csv"), ": no column \"3\" among its 2");
   EXPECT_EQ(failure("a,b\n1,2\n", 1, columns({"0"}), ".csv"), ": no column \"0\" among its 2");
   EXPECT_EQ(failure("a,b\n1,2\n", 1, {}, ".csv"), " has 2 columns where 1 is needed; choose with --column: a, b");
-  EXPECT_EQ(failure("a,b\n1,2\n", 2, columns({"a"}), ".csv"), "--column names 1 columns where 2 are needed");
+  EXPECT_EQ(failure("a,b\n1,2\n", 2, columns({"a"}), ".csv"), "--column: 1 given, 2 needed");
   for (const char* ending : {".txt", ".csv", ".bin"}) EXPECT_EQ(failure("", 1, {}, ending), " holds no numbers");
   EXPECT_EQ(failure("a,b\n", 2, {}, ".csv"), " holds no numbers");
   EXPECT_EQ(failure("# nothing\n\n", 1), " holds no numbers");
