@@ -23,7 +23,7 @@ target_link_libraries(tarn_objects PRIVATE tarn_warnings)
 # The instruction set is stated last, so that a distributor's -march or -mavx cannot widen it.
 target_compile_options(tarn_objects PRIVATE
   -fno-exceptions -fno-rtti -fno-threadsafe-statics -ffp-contract=off -fno-math-errno -fno-fast-math
-  -march=x86-64 -mno-avx -mno-ssse3 -msse3)
+  $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-icf> -march=x86-64 -mno-avx -mno-ssse3 -msse3)
 
 function(tarn_sources)
   foreach(file IN LISTS ARGN)
