@@ -34,6 +34,8 @@ int run(int argc, char** argv) {
   program.name("tarn");
   program.set_version_flag("--version", "tarn " TARN_VERSION);
   program.require_subcommand(0, 1);
+  tarn::command::add_eval(program);
+  tarn::command::add_list(program);
 
   const bool named = argc > 1 && argv[1][0] != '-';
   try {

@@ -6,6 +6,7 @@
 
 namespace tarn::command {
 
-// void add_<name>(CLI::App& program);
+void add_eval(CLI::App& program);
+void add_list(CLI::App& program);
 
 }
