@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <stdexcept>
 #include <vector>
 
 namespace tarn::command {
@@ -66,7 +67,7 @@ constexpr Function roll[] = {
    &shape<TARN_TYPE_##t>::call,                                                                                        \
    tarn_lume_kernel_##t##Name##_ttab,                                                                                  \
    tarn_lume_kernel_##t##Name##_ctab.cost,                                                                             \
-   std::string_view(#kernels).substr(0, std::string_view(#kernels).find('('))},
+   #kernels},
 #define TARN_PACK(...)
 #define TARN_DOC(...)
 #include "vector/functions.def"
@@ -99,6 +100,22 @@ size_t distance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
+}
+
+Class kernel_class(const Function& function, Class slot) {
+  const std::string_view row = function.sharing;
+  // Which of the row's kernels serves the slot, and then the second word of that kernel.
+  size_t kernel = 0;
+  if (row.starts_with("three")) kernel = static_cast<size_t>(slot);
+  if (row.starts_with("la_ha")) kernel = slot == Class::EP;
+  if (row.starts_with("la_ep")) kernel = slot == Class::HA;
+  size_t at = row.find('(');
+  for (size_t i = 0; i <= kernel; ++i) at = row.find('(', at + 1);
+  const std::string_view rest = row.substr(row.find(',', at));
+  const size_t word = rest.find_first_not_of(", ");
+  for (size_t i = 0; i < 3; ++i)
+    if (rest.substr(word, 2) == class_names[i]) return static_cast<Class>(i);
+  throw std::logic_error("a row of the roll without a class: " + std::string(row));
 }
 
 std::span<const Function> functions() { return roll; }

@@ -1,4 +1,5 @@
-// The vector functions as the command knows them: expanded from the roll, called through the public header.
+// The vector functions as the command, the accuracy harness and the benchmarks know them: expanded from the roll,
+// called through the public header.
 #pragma once
 
 #include "tarn/vector.h"
@@ -28,7 +29,7 @@ struct Function {
   void (*call)(tarn_kernel kernel, int32_t n, const Arguments& arguments);
   const tarn_kernel* kernels; // by class
   const float* costs;         // by class
-  std::string_view sharing;   // one, la_ha, la_ep, three: which classes share a kernel
+  std::string_view sharing;   // the row's kernels: one(...), la_ha(...), la_ep(...), three(...)
 };
 
 struct Description {
@@ -41,6 +42,9 @@ struct Measured {
   double max_ulp, mean_ulp;
   std::string_view at;
 };
+
+// The class that the kernel of a slot carries in its name: a kernel that serves several slots has one of theirs.
+Class kernel_class(const Function& function, Class slot);
 
 std::span<const Function> functions();       // in the order of the roll, without Pack and Unpack
 std::span<const Description> descriptions(); // Pack and Unpack too

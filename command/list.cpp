@@ -60,9 +60,9 @@ void list_all() {
 }
 
 std::string_view sharing_text(std::string_view sharing) {
-  if (sharing == "one") return "one kernel serves LA, HA and EP";
-  if (sharing == "la_ha") return "LA and HA share a kernel";
-  if (sharing == "la_ep") return "LA and EP share a kernel";
+  if (sharing.starts_with("one")) return "one kernel serves LA, HA and EP";
+  if (sharing.starts_with("la_ha")) return "LA and HA share a kernel";
+  if (sharing.starts_with("la_ep")) return "LA and EP share a kernel";
   return "each class has its own kernel";
 }
 
