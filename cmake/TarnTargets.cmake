@@ -3,6 +3,9 @@
 #   tarn_exports(FILE)      a list of exported names, one a line; # starts a comment
 
 set(warnings -Wall -Wextra -Wpointer-arith -Wcast-qual -Wundef -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wextra-semi>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  list(APPEND warnings -Wno-restrict) # GCC 12 warns of every std::string + "text" here (its bug 105651)
+endif()
 if(TARN_WERROR)
   list(APPEND warnings -Werror)
 endif()

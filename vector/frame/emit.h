@@ -71,3 +71,4 @@ static TARN_INLINE void run_kernel(const F& f, const X& x, int32_t n, const char
 #define TARN_VECTOR(t, Name, shape, frame, loop, sharing, ...)                                                         \
   TARN_EACH(TARN_EMIT_KERNEL, (t, Name, shape, frame, loop), TARN_KERNELS(sharing))
 #define TARN_DOC(...)
+#define TARN_ESTIMATE(...)

@@ -28,5 +28,4 @@
   TARN_ENTRIES(t, t##Name, TARN_PARAMS_##shape(TARN_TYPE_##t), TARN_NAMES_##shape)                                     \
   TARN_ENTRIES(t, t##Name##I, TARN_PARAMS_I_##shape(TARN_TYPE_##t), TARN_NAMES_I_##shape)
 #define TARN_PACK(t, Name, ...) TARN_ENTRIES(t, t##Name, TARN_PARAMS_##Name(TARN_TYPE_##t), TARN_NAMES_##Name)
-#define TARN_DOC(...)
 #include "vector/functions.def"

@@ -33,5 +33,4 @@ static_assert(sizeof(FunctionTable) == 40);
   TARN_TABLE(t##Name, sharing, __VA_ARGS__)                                                                            \
   TARN_TABLE(t##Name##I, sharing, __VA_ARGS__)
 #define TARN_PACK(t, Name, ...) TARN_TABLE(t##Name, one((E7, HA, 1, 1)), __VA_ARGS__)
-#define TARN_DOC(...)
 #include "vector/functions.def"
