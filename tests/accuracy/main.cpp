@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <map>
 
@@ -44,6 +45,10 @@ std::string printed(const char* format, double x) {
 }
 
 std::string ulp_text(double ulp) { return printed(ulp < 100 ? "%.4f" : "%.3e", ulp); }
+
+std::string bits_text(const Finding& finding) { // "-" where no normal result was off
+  return std::isinf(finding.worst_bits) ? "-" : printed("%.1f", finding.worst_bits);
+}
 
 std::string argument_text(const Row& row) {
   const command::Real real = row.function->type == 's' ? command::Real::Single : command::Real::Double;
@@ -83,8 +88,8 @@ std::string page(const std::vector<Row>& rows, const Options& options) {
     const bool all = options.sweep.exhaustive && row.function->type == 's' && row.function->inputs == 1 &&
                      row.function->scalars == 0;
     text += "| " + kernel_text(row) + " | " + number(f.claim.ulp) + " | " + ulp_text(f.max_ulp) + " | " +
-            argument_text(row) + " | " + ulp_text(f.mean_ulp) + " | " + printed("%.1f", f.worst_bits) + " | " +
-            (all ? "all " : "") + std::to_string(f.points) + " |\n";
+            argument_text(row) + " | " + ulp_text(f.mean_ulp) + " | " + bits_text(f) + " | " + (all ? "all " : "") +
+            std::to_string(f.points) + " |\n";
   }
   return text;
 }
@@ -152,7 +157,7 @@ int measure(const Options& options) {
     for (const std::string& fault : found.faults) check(false, key + " " + fault);
     for (const Finding& finding : found.findings) {
       const Row& row = rows.emplace_back(Row{&function, finding});
-      std::printf("%-14s claim %-10s max %-11s at %-46s mean %-10s bits %5.1f  %lld points\n", kernel_text(row).c_str(),
+      std::printf("%-14s claim %-10s max %-11s at %-46s mean %-10s bits %5s  %lld points\n", kernel_text(row).c_str(),
                   number(finding.claim.ulp).c_str(), ulp_text(finding.max_ulp).c_str(), argument_text(row).c_str(),
                   ulp_text(finding.mean_ulp).c_str(), finding.worst_bits, static_cast<long long>(finding.points));
       check(finding.points > 0, kernel_text(row) + ": no point fell into the range of the claim");

@@ -35,8 +35,9 @@ def ln_tables():
     l1, l2 = mpf(float.fromhex("0x1.62e42fefap-1")), mpf(float.fromhex("0x1.cf79abc9ep-40"))
 
     # hi is a multiple of 2^-36 like l1, so hi + E l1 is exact, and row 1024 cancels against E = 1023 in both parts.
+    # For row 512 to cancel against E = 1022 as well, next to 1 from below, its ln 2 has to be l1 + l2.
     def biased(c):
-        t = ln(mpf(1024) / c)
+        t = ln(mpf(1024) / c) if c > 512 else l1 + l2
         head = to_multiple(t, mpf(2) ** -36)
         return [head - 1023 * l1, double(t - head - 1023 * l2)]
 
