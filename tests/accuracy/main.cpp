@@ -159,7 +159,8 @@ int measure(const Options& options) {
       const Row& row = rows.emplace_back(Row{&function, finding});
       std::printf("%-14s claim %-10s max %-11s at %-46s mean %-10s bits %5s  %lld points\n", kernel_text(row).c_str(),
                   number(finding.claim.ulp).c_str(), ulp_text(finding.max_ulp).c_str(), argument_text(row).c_str(),
-                  ulp_text(finding.mean_ulp).c_str(), finding.worst_bits, static_cast<long long>(finding.points));
+                  ulp_text(finding.mean_ulp).c_str(), bits_text(finding).c_str(),
+                  static_cast<long long>(finding.points));
       check(finding.points > 0, kernel_text(row) + ": no point fell into the range of the claim");
       check(finding.holds(), kernel_text(row) + ": " + ulp_text(finding.max_ulp) + " ulp at " + argument_text(row) +
                                  " where " + number(finding.claim.ulp) + " are claimed in " + finding.claim.file);

@@ -226,7 +226,7 @@ private:
     return (Float4)_mm_loadh_pd(row_i, (const double*)(data::exp2_128f + 2 * j));
   }
 };
-TARN_CLAIM(sExp, HA, 0.565, -103.98, 88.73)
+TARN_CLAIM(sExp, HA, 0.57, -103.98, 88.73)
 
 struct sExp_LA : sExp {
   static TARN_INLINE Float4 fast(Float4 x) {
