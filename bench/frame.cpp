@@ -18,7 +18,7 @@ namespace {
 
 struct Settings {
   std::string filter, results;
-  int repetitions = 9;
+  int passes = 4, repetitions = 3;
   bool quick = false;
 } settings;
 
@@ -88,9 +88,36 @@ void turn(benchmark::State& state, const Contestant& contestant, double units) {
   state.counters["cycles"] = low_quantile(cycles);
 }
 
-std::ofstream& results_file() {
-  static std::ofstream file(settings.results);
-  return file;
+// Every turn so far, by comparison and contestant.
+struct Record {
+  Comparison comparison; // without its functions
+  std::map<std::string, std::vector<double>> turns;
+};
+std::vector<Record> records;
+
+Record& record_of(const Comparison& comparison) {
+  for (Record& record : records)
+    if (record.comparison.name == comparison.name && record.comparison.size == comparison.size) return record;
+  Record& record = records.emplace_back(Record{comparison, {}});
+  for (Contestant& contestant : record.comparison.contestants) contestant.run = nullptr;
+  return record;
+}
+
+void print(Record& record, std::ofstream& results) {
+  const Comparison& comparison = record.comparison;
+  std::map<std::string, double> cycles;
+  for (auto& [name, turns] : record.turns) cycles[name] = low_quantile(turns);
+  std::printf("\n%s, %s: cycles per %s\n", comparison.name.c_str(), comparison.size.c_str(), comparison.unit.c_str());
+  for (const Contestant& contestant : comparison.contestants) {
+    const double mine = cycles[contestant.name];
+    std::printf("  %-22s %9.3f", contestant.name.c_str(), mine);
+    const auto rival = cycles.find(contestant.rival);
+    if (rival != cycles.end()) std::printf("   %6.2f x %s", mine / rival->second, contestant.rival.c_str());
+    std::printf("\n");
+    if (results.is_open())
+      results << comparison.name << '\t' << comparison.size << '\t' << comparison.unit << '\t' << contestant.name
+              << '\t' << contestant.rival << '\t' << mine << '\n';
+  }
 }
 
 }
@@ -110,27 +137,18 @@ void compare(const Comparison& comparison) {
         ->MinTime(settings.quick ? 1e-6 : 0.003);
   Collector collector;
   benchmark::RunSpecifiedBenchmarks(&collector, ".");
-
-  std::map<std::string, double> cycles;
-  for (auto& [name, turns] : collector.cycles) cycles[name] = low_quantile(turns);
-  std::printf("\n%s, %s: cycles per %s\n", comparison.name.c_str(), comparison.size.c_str(), comparison.unit.c_str());
-  for (const Contestant& contestant : comparison.contestants) {
-    const double mine = cycles[contestant.name];
-    std::printf("  %-22s %9.3f", contestant.name.c_str(), mine);
-    const auto rival = cycles.find(contestant.rival);
-    if (rival != cycles.end()) std::printf("   %6.2f x %s", mine / rival->second, contestant.rival.c_str());
-    std::printf("\n");
-    if (!settings.results.empty())
-      results_file() << comparison.name << '\t' << comparison.size << '\t' << comparison.unit << '\t' << contestant.name
-                     << '\t' << contestant.rival << '\t' << mine << '\n';
-  }
-  std::fflush(stdout);
+  Record& record = record_of(comparison);
+  for (const auto& [name, turns] : collector.cycles)
+    record.turns[name].insert(record.turns[name].end(), turns.begin(), turns.end());
 }
 
 int run_benchmarks(int argc, char** argv, const std::function<void()>& all) {
   CLI::App program("Compares implementations, in processor cycles");
   program.add_option("--filter", settings.filter, "Only comparisons whose name matches this expression");
-  program.add_option("--repetitions", settings.repetitions, "Turns of each contestant")
+  program.add_option("--passes", settings.passes, "How often to go through all comparisons")
+      ->check(CLI::PositiveNumber)
+      ->capture_default_str();
+  program.add_option("--repetitions", settings.repetitions, "Turns of each contestant in a pass")
       ->check(CLI::PositiveNumber)
       ->capture_default_str();
   program.add_option("--results", settings.results, "Write the figures there, tab-separated");
@@ -140,22 +158,21 @@ int run_benchmarks(int argc, char** argv, const std::function<void()>& all) {
   } catch (const CLI::ParseError& error) {
     return program.exit(error);
   }
-  if (settings.quick) settings.repetitions = 1;
+  if (settings.quick) settings.passes = settings.repetitions = 1;
 
   // Google Benchmark lets the turns of all contestants alternate at random.
   std::string name = argv[0], interleave = "--benchmark_enable_random_interleaving=true";
   char* arguments[] = {name.data(), interleave.data(), nullptr};
   int count = 2;
   benchmark::Initialize(&count, arguments);
-  all();
-  if (!settings.results.empty()) {
-    results_file().close();
-    if (results_file().fail()) {
-      std::fprintf(stderr, "cannot write %s\n", settings.results.c_str());
-      return 1;
-    }
-  }
-  return 0;
+  for (int pass = 0; pass < settings.passes; ++pass) all();
+  std::ofstream results;
+  if (!settings.results.empty()) results.open(settings.results);
+  for (Record& record : records) print(record, results);
+  if (settings.results.empty()) return 0;
+  results.close();
+  if (results.fail()) std::fprintf(stderr, "cannot write %s\n", settings.results.c_str());
+  return results.fail();
 }
 
 }

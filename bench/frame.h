@@ -4,7 +4,8 @@
 // A clock says little on a shared machine, whose cores change their speed. So each sample stands between two runs of a
 // chain of dependent integer multiplies, of three cycles each on every x86-64 processor since 2008; the chain's time
 // gives the length of a cycle there and then. Of all samples of a contestant a low quantile counts: what disturbs a
-// sample can only make it longer.
+// sample can only make it longer. The program goes through all comparisons several times, so that a neighbour's work
+// of some seconds does not fall on one of them.
 #pragma once
 
 #include <cstdint>
@@ -28,15 +29,16 @@ struct Comparison {
   std::vector<Contestant> contestants;
 };
 
-// Compares, prints the table, and keeps it for --results. For use inside the function given to run_benchmarks.
+// Lets the contestants take their turns of this pass. For use inside the function given to run_benchmarks.
 void compare(const Comparison& comparison);
 
 // Whether a comparison of that name is asked for; spares setting it up.
 bool wanted(const std::string& name);
 
-// The main function of a benchmark program: reads the options, calls `all`, which calls compare(), and writes
+// The main function of a benchmark program: reads the options, calls `all` once a pass, which calls compare() for each
+// comparison, and prints the tables.
 //   --filter REGEX     only comparisons whose name matches
-//   --repetitions N    turns of each contestant
+//   --passes N, --repetitions N   passes, and turns of each contestant in a pass
 //   --results FILE     the figures as tab-separated lines, for tools/measure_speed
 //   --quick            one short turn each: whether everything runs, not how fast
 int run_benchmarks(int argc, char** argv, const std::function<void()>& all);

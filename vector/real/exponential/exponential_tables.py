@@ -34,12 +34,13 @@ def ln_tables():
     # ln 2 in two parts of 36 and 36 bits, so that products with an exponent are exact.
     l1, l2 = mpf(float.fromhex("0x1.62e42fefap-1")), mpf(float.fromhex("0x1.cf79abc9ep-40"))
 
-    # hi is a multiple of 2^-36 like l1, so hi + E l1 is exact, and row 1024 cancels against E = 1023 in both parts.
-    # For row 512 to cancel against E = 1022 as well, next to 1 from below, its ln 2 has to be l1 + l2.
+    # hi is a multiple of 2^-36 like l1 and lo one of 2^-76 like l2, so that hi + E l1 and lo + E l2 are exact. The first
+    # row then cancels against E = 1022 and the last against E = 1023, in both parts.
     def biased(c):
-        t = ln(mpf(1024) / c) if c > 512 else l1 + l2
+        t = ln(mpf(1024) / c)
         head = to_multiple(t, mpf(2) ** -36)
-        return [head - 1023 * l1, double(t - head - 1023 * l2)]
+        tail = to_multiple(t - head, mpf(2) ** -76)
+        return [head - 1023 * l1, tail - 1023 * l2]
 
     out.table("double", "ln_1024_over_c", "ln(1024/c) - 1023 ln 2 as hi, lo, for c = 512 to 1024",
               [v for c in range(512, 1025) for v in biased(c)], 2)
