@@ -74,7 +74,10 @@ function(tarn_link_libraries)
   endforeach()
   set_target_properties(tarn PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0 LINK_DEPENDS ${map})
   target_link_options(tarn PRIVATE -Wl,--version-script=${map} -Wl,--no-undefined-version -Wl,-Bsymbolic-functions
-    -Wl,--as-needed -Wl,-z,relro,-z,now $<$<STREQUAL:${TARN_SANITIZE},>:-Wl,-z,defs>)
+    -Wl,--as-needed -Wl,-z,relro,-z,now)
+  if(NOT TARN_SANITIZE) # whose run time stands in the program, not in the library
+    target_link_options(tarn PRIVATE -Wl,-z,defs)
+  endif()
   add_library(Tarn::tarn ALIAS tarn)
   add_library(Tarn::static ALIAS tarn_static)
 endfunction()
