@@ -13,7 +13,7 @@ namespace tarn::TARN_ISA {
 // A loop that belongs to its formula.
 template <int B> struct OwnLoop {
   template <class F, class X>
-  static __attribute__((noinline)) void run(const F& f, const X& x, int32_t n, uint32_t mode, const char* name) {
+  static __attribute__((noinline)) void run(F f, X x, int64_t n, uint32_t mode, const char* name) {
     f.template loop<B>(x, n, mode, name);
   }
 };
