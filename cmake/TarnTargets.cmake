@@ -23,9 +23,9 @@ set_target_properties(tarn_objects PROPERTIES
   POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 target_include_directories(tarn_objects PUBLIC ${PROJECT_SOURCE_DIR}/include PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(tarn_objects PRIVATE tarn_warnings)
-# The instruction set is stated last, so that a distributor's -march or -mavx cannot widen it.
+# Arithmetic on bit patterns wraps on purpose. The instruction set is stated last, so that a distributor's -march or -mavx cannot widen it.
 target_compile_options(tarn_objects PRIVATE
-  -fno-exceptions -fno-rtti -fno-threadsafe-statics -ffp-contract=off -fno-math-errno -fno-fast-math
+  -fno-exceptions -fno-rtti -fno-threadsafe-statics -ffp-contract=off -fno-math-errno -fno-fast-math -fwrapv
   $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-icf> -march=x86-64 -mno-avx -mno-ssse3 -msse3)
 
 function(tarn_sources)

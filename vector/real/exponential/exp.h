@@ -128,7 +128,7 @@ struct dExp {
   // Without reports the certain overflows and underflows need no rare call.
   static TARN_INLINE int settle(Double2 x, Double2& y, int lanes) {
     const Long2 over = x > exp_overflow, under = x < exp_underflow;
-    y = select(under, Double2{}, select(over, Double2{} + __builtin_inf(), y));
+    y = select(under, Double2{}, select(over, splat(__builtin_inf()), y));
     return lanes & ~_mm_movemask_pd((Double2)(over | under));
   }
 };
@@ -139,7 +139,7 @@ struct sExp {
   static int rare(const float* x, float* y) { return vsexp_cout_rare(x, y); }
   static TARN_INLINE int settle(Float4 x, Float4& y, int lanes) {
     const Int4 over = x > expf_overflow, under = x < expf_underflow;
-    y = select(under, Float4{}, select(over, Float4{} + __builtin_inff(), y));
+    y = select(under, Float4{}, select(over, splat(__builtin_inff()), y));
     return lanes & ~lane_mask(over | under);
   }
 };

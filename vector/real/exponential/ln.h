@@ -121,7 +121,7 @@ struct dLn_LA : dLn {
     const Double2 T = pair(data::ln_1024_over_c_nearest[x0.i - 512], data::ln_1024_over_c_nearest[x0.j - 512]);
     // The mantissas up to about 1.414 count as above 1, the others as below: k is 0 on both sides of 1.
     const Double2 above = (Double2)(c > 724.0);
-    const Double2 bias = select((Long2)above, Double2{} + 1023.0, Double2{} + 1022.0);
+    const Double2 bias = select((Long2)above, splat(1023.0), splat(1022.0));
     const Double2 k = biased_exponent(x) - bias;
     return k * ln2 + (T + (x0.r + series(x0.r)));
   }
