@@ -34,5 +34,8 @@ template <class T> struct LinearFrac {
 };
 using dLinearFrac_HA = LinearFrac<double>;
 using sLinearFrac_HA = LinearFrac<float>;
+// Against the quotient of the rounded numerator and the rounded denominator.
+TARN_CLAIM(dLinearFrac, HA, 0.5, -1.8e308, 1.8e308)
+TARN_CLAIM(sLinearFrac, HA, 0.5, -3.5e38, 3.5e38)
 
 }

@@ -126,9 +126,9 @@ struct dSqrt_EP : dSqrt {
     return times_root(s * root_factor2(e), z.exponent);
   }
 };
-TARN_CLAIM(dSqrt, HA, 0.51, 0, 1.8e308)
+TARN_CLAIM(dSqrt, HA, 0.54, 0, 1.8e308)
 TARN_CLAIM(dSqrt, LA, 1.6, 0, 1.8e308)
-TARN_CLAIM(dSqrt, EP, 6.8e7, 0, 1.8e308)
+TARN_CLAIM(dSqrt, EP, 3.0e5, 0, 1.8e308)
 
 // Arguments that the fast formula takes, but for a power of four.
 template <class F> static inline double scaled_root(double x, double up, double down) {
@@ -167,7 +167,7 @@ struct dInvSqrt_LA : dInvSqrt {
   }
   static int rare(const double* x, double* r) { return rare_of<dInvSqrt_LA>(x, r); }
 };
-TARN_CLAIM(dInvSqrt, HA, 0.51, 0, 1.8e308)
+TARN_CLAIM(dInvSqrt, HA, 0.54, 0, 1.8e308)
 TARN_CLAIM(dInvSqrt, LA, 1.6, 0, 1.8e308)
 
 // ---- Single precision ----
@@ -224,7 +224,7 @@ struct sSqrt_EP : sSqrt {
   }
 };
 TARN_CLAIM(sSqrt, HA, 0.51, 0, 3.5e38)
-TARN_CLAIM(sSqrt, LA, 2.5, 0, 3.5e38)
+TARN_CLAIM(sSqrt, LA, 2.8, 0, 3.5e38)
 TARN_CLAIM(sSqrt, EP, 8192, 0, 3.5e38)
 
 struct sInvSqrt : sSqrt {
