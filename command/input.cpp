@@ -180,8 +180,9 @@ std::vector<size_t> locate(const InputOptions& options, const Cells& names, bool
   if (wanted && width != static_cast<size_t>(wanted)) {
     std::string list;
     for (std::string_view name : names) list += (list.empty() ? ": " : ", ") + std::string(name);
-    throw Failure(source + " has " + std::to_string(width) + " columns where " + std::to_string(wanted) +
-                  (wanted == 1 ? " is" : " are") + " needed; choose with --column" + (have_names ? list : ""));
+    throw Failure(source + " has " + std::to_string(width) + (width == 1 ? " column" : " columns") + " where " +
+                  std::to_string(wanted) + (wanted == 1 ? " is" : " are") + " needed; choose with --column" +
+                  (have_names ? list : ""));
   }
   for (size_t i = 0; i < width; ++i) places.push_back(i);
   return places;
