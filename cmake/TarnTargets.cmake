@@ -72,6 +72,13 @@ function(tarn_link_libraries)
   set_target_properties(tarn PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0 LINK_DEPENDS ${map})
   target_link_options(tarn PRIVATE -Wl,--version-script=${map} -Wl,--no-undefined-version -Wl,-Bsymbolic-functions
     -Wl,--as-needed -Wl,-z,relro,-z,now $<$<STREQUAL:${TARN_SANITIZE},>:-Wl,-z,defs>)
+  # Linear algebra comes from the serial build of OpenBLAS. Builds with threads bear the same name, so the library
+  # carries the way to the serial one.
+  find_package(OpenBLASSerial REQUIRED)
+  target_link_libraries(tarn PRIVATE ${OpenBLASSerial_LIBRARY})
+  target_link_libraries(tarn_static INTERFACE ${OpenBLASSerial_LIBRARY})
+  set_target_properties(tarn PROPERTIES BUILD_RPATH ${OpenBLASSerial_DIRECTORY}
+    INSTALL_RPATH ${OpenBLASSerial_DIRECTORY})
   add_library(Tarn::tarn ALIAS tarn)
   add_library(Tarn::static ALIAS tarn_static)
 endfunction()
