@@ -3,6 +3,9 @@
 #   tarn_exports(FILE)      a list of exported names, one a line; # starts a comment
 
 set(warnings -Wall -Wextra -Wpointer-arith -Wcast-qual -Wundef -Wshadow $<$<COMPILE_LANGUAGE:CXX>:-Wextra-semi>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  list(APPEND warnings -Wno-restrict) # GCC 12 warns of every std::string + "text" here (its bug 105651)
+endif()
 if(TARN_WERROR)
   list(APPEND warnings -Werror)
 endif()
@@ -22,8 +25,8 @@ target_include_directories(tarn_objects PUBLIC ${PROJECT_SOURCE_DIR}/include PRI
 target_link_libraries(tarn_objects PRIVATE tarn_warnings)
 # The instruction set is stated last, so that a distributor's -march or -mavx cannot widen it.
 target_compile_options(tarn_objects PRIVATE
-  -fno-exceptions -fno-rtti -fno-threadsafe-statics -ffp-contract=off -fno-math-errno -fno-fast-math
-  -march=x86-64 -mno-avx -mno-ssse3 -msse3)
+  -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-fast-math -ffp-contract=off -fno-math-errno
+  $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-icf> -march=x86-64 -mno-avx -mno-ssse3 -msse3)
 
 function(tarn_sources)
   foreach(file IN LISTS ARGN)

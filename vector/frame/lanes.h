@@ -1,0 +1,111 @@
+// 128-bit vectors as the language's own types, with the dozen operations that have no operator.
+// Everything lives in a namespace named after the instruction set of the file that includes it: an inline function
+// compiled twice under one name would let the linker pick the SSE4.1 body for a base kernel.
+#pragma once
+
+#include <emmintrin.h>
+#include <smmintrin.h> // usable in *.sse41.cpp only; the compiler refuses its functions elsewhere
+#include <stdint.h>
+
+#ifdef __FAST_MATH__
+#error "the order of operations is part of the kernels' contract: no -ffast-math"
+#endif
+
+#define TARN_INLINE __attribute__((always_inline)) inline
+
+namespace tarn::TARN_ISA {
+
+typedef double Double2 __attribute__((vector_size(16)));
+typedef float Float4 __attribute__((vector_size(16)));
+typedef int64_t Long2 __attribute__((vector_size(16)));
+typedef uint64_t ULong2 __attribute__((vector_size(16)));
+typedef int32_t Int4 __attribute__((vector_size(16)));
+typedef uint32_t UInt4 __attribute__((vector_size(16)));
+
+// Constants as bit patterns: 0x3FE0000000000000_d is 0.5, 0x3F000000_s is 0.5f.
+constexpr double operator""_d(unsigned long long pattern) { return __builtin_bit_cast(double, (uint64_t)pattern); }
+constexpr float operator""_s(unsigned long long pattern) { return __builtin_bit_cast(float, (uint32_t)pattern); }
+
+// Adding it rounds to an integer, which then stands in the low bits.
+constexpr double shifter = 0x4338000000000000_d; // 1.5 * 2^52
+constexpr float shifterf = 0x4B400000_s;         // 1.5 * 2^23
+
+// The vector of an element type, and the integer of its size.
+template <class T> struct Lanes;
+template <> struct Lanes<double> {
+  using Vector = Double2;
+  using Bits = uint64_t;
+  static constexpr int count = 2;
+};
+template <> struct Lanes<float> {
+  using Vector = Float4;
+  using Bits = uint32_t;
+  static constexpr int count = 4;
+};
+template <class T> using VectorOf = typename Lanes<T>::Vector;
+
+static TARN_INLINE Double2 load(const double* p) { return _mm_loadu_pd(p); }
+static TARN_INLINE Float4 load(const float* p) { return _mm_loadu_ps(p); }
+static TARN_INLINE void store(double* p, Double2 v) { _mm_storeu_pd(p, v); }
+static TARN_INLINE void store(float* p, Float4 v) { _mm_storeu_ps(p, v); }
+static TARN_INLINE void store_aligned(double* p, Double2 v) { _mm_store_pd(p, v); }
+static TARN_INLINE void store_aligned(float* p, Float4 v) { _mm_store_ps(p, v); }
+
+static TARN_INLINE Long2 bits(Double2 v) { return (Long2)v; }
+static TARN_INLINE Int4 bits(Float4 v) { return (Int4)v; }
+static TARN_INLINE Double2 from_bits(Long2 v) { return (Double2)v; }
+static TARN_INLINE Float4 from_bits(Int4 v) { return (Float4)v; }
+
+// The high words of four doubles, lane by lane.
+static TARN_INLINE Int4 high_words(Double2 a, Double2 b) {
+  return (Int4)_mm_shuffle_ps((Float4)a, (Float4)b, _MM_SHUFFLE(3, 1, 3, 1));
+}
+// One bit per 32-bit lane of a compare's result.
+static TARN_INLINE int lane_mask(Int4 compared) { return _mm_movemask_ps((Float4)compared); }
+
+// The low 16 bits of each 64-bit lane, as table indices.
+static TARN_INLINE unsigned low_word_0(Double2 v) { return (unsigned)_mm_extract_epi16((__m128i)v, 0); }
+static TARN_INLINE unsigned low_word_1(Double2 v) { return (unsigned)_mm_extract_epi16((__m128i)v, 4); }
+// The low 16 bits of a 32-bit lane.
+template <int lane> static TARN_INLINE unsigned low_word(Float4 v) {
+  return (unsigned)_mm_extract_epi16((__m128i)v, 2 * lane);
+}
+
+static TARN_INLINE Double2 pair(double a, double b) { return Double2{a, b}; }
+static TARN_INLINE Double2 low_lanes(Double2 a, Double2 b) { return _mm_unpacklo_pd(a, b); }
+static TARN_INLINE Double2 high_lanes(Double2 a, Double2 b) { return _mm_unpackhi_pd(a, b); }
+
+// The hardware's 12-bit reciprocal of two doubles, through single precision.
+static TARN_INLINE Double2 reciprocal_estimate(Double2 v) { return _mm_cvtps_pd(_mm_rcp_ps(_mm_cvtpd_ps(v))); }
+
+// Two signed 32-bit integers, in lanes 0 and 2, as doubles; four as floats.
+static TARN_INLINE Double2 to_double(Int4 even_lanes) {
+  return _mm_cvtepi32_pd(_mm_shuffle_epi32((__m128i)even_lanes, _MM_SHUFFLE(3, 3, 2, 0)));
+}
+static TARN_INLINE Float4 to_float(Int4 v) { return _mm_cvtepi32_ps((__m128i)v); }
+
+static TARN_INLINE Double2 select(Long2 mask, Double2 if_set, Double2 if_clear) {
+  return (Double2)(((Long2)if_set & mask) | ((Long2)if_clear & ~mask));
+}
+static TARN_INLINE Float4 select(Int4 mask, Float4 if_set, Float4 if_clear) {
+  return (Float4)(((Int4)if_set & mask) | ((Int4)if_clear & ~mask));
+}
+
+// A scalar value that the compiler cannot see through: for expressions that are evaluated for their flags.
+static TARN_INLINE double opaque(double v) {
+  asm volatile("" : "+x"(v));
+  return v;
+}
+static TARN_INLINE float opaque(float v) {
+  asm volatile("" : "+x"(v));
+  return v;
+}
+
+// Bit patterns of scalars.
+static TARN_INLINE uint64_t bits(double v) { return __builtin_bit_cast(uint64_t, v); }
+static TARN_INLINE uint32_t bits(float v) { return __builtin_bit_cast(uint32_t, v); }
+static TARN_INLINE double from_bits(uint64_t v) { return __builtin_bit_cast(double, v); }
+static TARN_INLINE float from_bits(uint32_t v) { return __builtin_bit_cast(float, v); }
+static TARN_INLINE uint32_t high_word(double v) { return (uint32_t)(bits(v) >> 32); }
+
+}

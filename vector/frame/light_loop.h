@@ -1,0 +1,51 @@
+// The loop of functions without rare cases: results are brought to a 16-byte boundary first, then eight doubles or
+// sixteen floats a round. A formula gives  Vector fast(Vector x)  or  fast(Vector x, Vector y), and filler.
+#pragma once
+
+#include "vector/frame/block_loop.h"
+
+namespace tarn::TARN_ISA {
+
+template <int B> struct LightLoop {
+  template <class F, class X>
+  static __attribute__((noinline)) void run(const F& f, const X& x, int32_t n, uint32_t, const char*) {
+    using T = typename X::Element;
+    constexpr int W = Lanes<T>::count;
+    int32_t i = 0;
+    const auto one = [&](int32_t k) {
+      Group<T> g;
+      g.a = VectorOf<T>{} + F::filler;
+      g.a[0] = x.a.get(k);
+      if constexpr (X::two_inputs) g.b = VectorOf<T>{} + F::filler, g.b[0] = x.b.get(k);
+      compute<F, X>(f, g);
+      if constexpr (X::two_results) x.q.set(k, g.q[0]);
+      x.r.set(k, g.r[0]);
+    };
+    if constexpr (!X::two_results && !decltype(x.r)::strided) {
+      const uintptr_t address = reinterpret_cast<uintptr_t>(x.r.base);
+      if (n >= B && address % sizeof(T) == 0) {
+        for (; (address / sizeof(T) + static_cast<uint32_t>(i)) % W != 0; ++i) one(i);
+        for (; n - i >= B; i += B)
+#pragma GCC unroll 16
+          for (int v = 0; v < B; v += W) {
+            Group<T> g;
+            load_group(x, i + v, g);
+            compute<F, X>(f, g);
+            store_aligned(x.r.base + i + v, g.r);
+          }
+      }
+    } else {
+      for (; n - i >= B; i += B)
+#pragma GCC unroll 16
+        for (int v = 0; v < B; v += W) {
+          Group<T> g;
+          load_group(x, i + v, g);
+          compute<F, X>(f, g);
+          store_group(x, i + v, g);
+        }
+    }
+    for (; i < n; ++i) one(i);
+  }
+};
+
+}

@@ -1,0 +1,5 @@
+#include "vector/frame/emit.h"
+#include "vector/real/exponential/exp.h"
+#include "vector/real/exponential/ln.h"
+
+#include "vector/real/exponential/exponential.def"
