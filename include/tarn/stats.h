@@ -332,7 +332,7 @@ int32_t _kestsSSSort(void* task, uint64_t estimate_mask, uint64_t method_mask, c
  * far, from a sketch of O(log^2(epsilon N) / epsilon) elements per variable (Zhang and Wang, A Fast Algorithm for
  * Approximate Quantiles in High Speed Data Streams, SSDBM 2007). STREAM_UPDATE takes a block in, STREAM_QUERY takes it
  * in and then writes the quantiles; with n = 0 it only answers. The sketch lives until the task is deleted; a query
- * leaves it as it was.
+ * leaves it as it was. The variables that the first call selected have their quantiles one behind the other.
  * Checks: n (-4002); with n above 0 the data (-4032) and storage (-4044, -4003); stream_quantiles (-4070),
  * stream_orders (-4068), their count (-4069), stream_param_count null (-4064) or not 1 (-4066), an order outside 0..1
  * (-4069), stream_params (-4065); method (-4029); epsilon (-4067); a masked variable that the first call left out

@@ -22,6 +22,9 @@ template <class Real> struct Api;
     static constexpr auto edit = __kest##t##SSEditTask;                                                                \
     static constexpr auto basic = _kest##t##SSBasic;                                                                   \
     static constexpr auto minmax = _kest##t##SSMinmax;                                                                 \
+    static constexpr auto quantiles = _kest##t##SSQuantiles;                                                           \
+    static constexpr auto sort = _kest##t##SSSort;                                                                     \
+    static constexpr auto stream = _kest##t##SSStreamQuantiles;                                                        \
   };
 TARN_TEST_API(d, double)
 TARN_TEST_API(s, float)
