@@ -14,5 +14,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/TarnConfigVersion.cmake C
 install(FILES ${PROJECT_BINARY_DIR}/TarnConfig.cmake ${PROJECT_BINARY_DIR}/TarnConfigVersion.cmake
   DESTINATION ${package_dir})
 
+# From the folder of tarn.pc, so that the installed tree may be moved.
+file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/tarn.pc.in ${PROJECT_BINARY_DIR}/tarn.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tarn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

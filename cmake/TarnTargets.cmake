@@ -23,9 +23,9 @@ set_target_properties(tarn_objects PROPERTIES
   POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden C_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 target_include_directories(tarn_objects PUBLIC ${PROJECT_SOURCE_DIR}/include PRIVATE ${PROJECT_SOURCE_DIR})
 target_link_libraries(tarn_objects PRIVATE tarn_warnings)
-# The instruction set is stated last, so that a distributor's -march or -mavx cannot widen it.
+# Arithmetic on bit patterns wraps on purpose. The instruction set is stated last, so that a distributor's -march or -mavx cannot widen it.
 target_compile_options(tarn_objects PRIVATE
-  -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-fast-math -ffp-contract=off -fno-math-errno
+  -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-fast-math -ffp-contract=off -fno-math-errno -fwrapv
   $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-icf> -march=x86-64 -mno-avx -mno-ssse3 -msse3)
 
 function(tarn_sources)
@@ -74,7 +74,10 @@ function(tarn_link_libraries)
   endforeach()
   set_target_properties(tarn PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION 0 LINK_DEPENDS ${map})
   target_link_options(tarn PRIVATE -Wl,--version-script=${map} -Wl,--no-undefined-version -Wl,-Bsymbolic-functions
-    -Wl,--as-needed -Wl,-z,relro,-z,now $<$<STREQUAL:${TARN_SANITIZE},>:-Wl,-z,defs>)
+    -Wl,--as-needed -Wl,-z,relro,-z,now)
+  if(NOT TARN_SANITIZE) # whose run time stands in the program, not in the library
+    target_link_options(tarn PRIVATE -Wl,-z,defs)
+  endif()
   # Linear algebra comes from the serial build of OpenBLAS. Builds with threads bear the same name, so the library
   # carries the way to the serial one.
   find_package(OpenBLASSerial REQUIRED)

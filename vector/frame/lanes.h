@@ -71,6 +71,8 @@ template <int lane> static TARN_INLINE unsigned low_word(Float4 v) {
   return (unsigned)_mm_extract_epi16((__m128i)v, 2 * lane);
 }
 
+static TARN_INLINE Double2 splat(double v) { return Double2{v, v}; }
+static TARN_INLINE Float4 splat(float v) { return Float4{v, v, v, v}; }
 static TARN_INLINE Double2 pair(double a, double b) { return Double2{a, b}; }
 static TARN_INLINE Double2 low_lanes(Double2 a, Double2 b) { return _mm_unpacklo_pd(a, b); }
 static TARN_INLINE Double2 high_lanes(Double2 a, Double2 b) { return _mm_unpackhi_pd(a, b); }
@@ -89,6 +91,15 @@ static TARN_INLINE Double2 select(Long2 mask, Double2 if_set, Double2 if_clear) 
 }
 static TARN_INLINE Float4 select(Int4 mask, Float4 if_set, Float4 if_clear) {
   return (Float4)(((Int4)if_set & mask) | ((Int4)if_clear & ~mask));
+}
+
+static TARN_INLINE Double2 magnitude(Double2 v) { return (Double2)((Long2)v & INT64_MAX); }
+static TARN_INLINE Float4 magnitude(Float4 v) { return (Float4)((Int4)v & INT32_MAX); }
+static TARN_INLINE Double2 with_sign_of(Double2 v, Double2 sign) {
+  return (Double2)(((Long2)v & INT64_MAX) | ((Long2)sign & INT64_MIN));
+}
+static TARN_INLINE Float4 with_sign_of(Float4 v, Float4 sign) {
+  return (Float4)(((Int4)v & INT32_MAX) | ((Int4)sign & INT32_MIN));
 }
 
 // A scalar value that the compiler cannot see through: for expressions that are evaluated for their flags.

@@ -14,9 +14,9 @@ template <int B> struct LightLoop {
     int32_t i = 0;
     const auto one = [&](int32_t k) {
       Group<T> g;
-      g.a = VectorOf<T>{} + F::filler;
+      g.a = splat((T)F::filler);
       g.a[0] = x.a.get(k);
-      if constexpr (X::two_inputs) g.b = VectorOf<T>{} + F::filler, g.b[0] = x.b.get(k);
+      if constexpr (X::two_inputs) g.b = splat((T)F::filler), g.b[0] = x.b.get(k);
       compute<F, X>(f, g);
       if constexpr (X::two_results) x.q.set(k, g.q[0]);
       x.r.set(k, g.r[0]);

@@ -128,7 +128,7 @@ struct dExp {
   // Without reports the certain overflows and underflows need no rare call.
   static TARN_INLINE int settle(Double2 x, Double2& y, int lanes) {
     const Long2 over = x > exp_overflow, under = x < exp_underflow;
-    y = select(under, Double2{}, select(over, Double2{} + __builtin_inf(), y));
+    y = select(under, Double2{}, select(over, splat(__builtin_inf()), y));
     return lanes & ~_mm_movemask_pd((Double2)(over | under));
   }
 };
@@ -139,7 +139,7 @@ struct sExp {
   static int rare(const float* x, float* y) { return vsexp_cout_rare(x, y); }
   static TARN_INLINE int settle(Float4 x, Float4& y, int lanes) {
     const Int4 over = x > expf_overflow, under = x < expf_underflow;
-    y = select(under, Float4{}, select(over, Float4{} + __builtin_inff(), y));
+    y = select(under, Float4{}, select(over, splat(__builtin_inff()), y));
     return lanes & ~lane_mask(over | under);
   }
 };
@@ -164,7 +164,10 @@ struct dExp_HA : dExp {
     return from_bits(bits(y) + ((bits(t) & ~0x3FL) << 46));
   }
 };
-TARN_CLAIM(dExp, HA, 0.52, -745.2, 709.79)
+TARN_CLAIM(dExp, HA, 0.53, -708.39, 708.39)
+// Beyond, the rare routine's: it scales the table's low part with the polynomial.
+TARN_CLAIM(dExp, HA, 0.96, -745.2, -708.39)
+TARN_CLAIM(dExp, HA, 0.96, 708.39, 709.79)
 
 struct dExp_LA : dExp {
   static TARN_INLINE Double2 fast(Double2 x) {
@@ -182,7 +185,7 @@ struct dExp_LA : dExp {
     return from_bits(bits(T * P) + ((bits(t) & ~0x3FFL) << 42));
   }
 };
-TARN_CLAIM(dExp, LA, 1.05, -745.2, 709.79)
+TARN_CLAIM(dExp, LA, 3.25, -745.2, 709.79)
 
 struct dExp_EP : dExp {
   static TARN_INLINE Double2 fast(Double2 x) {
@@ -197,7 +200,7 @@ struct dExp_EP : dExp {
     return from_bits(bits(T * P) + ((bits(t) & ~0x7FL) << 45));
   }
 };
-TARN_CLAIM(dExp, EP, 1.6e7, -745.2, 709.79)
+TARN_CLAIM(dExp, EP, 3.0e7, -745.2, 709.79)
 
 struct sExp_HA : sExp {
   static TARN_INLINE Float4 fast(Float4 x) {
@@ -223,7 +226,7 @@ private:
     return (Float4)_mm_loadh_pd(row_i, (const double*)(data::exp2_128f + 2 * j));
   }
 };
-TARN_CLAIM(sExp, HA, 0.56, -103.98, 88.73)
+TARN_CLAIM(sExp, HA, 0.57, -103.98, 88.73)
 
 struct sExp_LA : sExp {
   static TARN_INLINE Float4 fast(Float4 x) {

@@ -105,7 +105,12 @@ struct dLn_HA : dLn {
     return s + (series(x0.r) + (B + e));
   }
 };
-TARN_CLAIM(dLn, HA, 0.55, 0, 1.8e308)
+TARN_CLAIM(dLn, HA, 0.55, 2.2250738585072014e-308, 0.99)
+// Next to 1 the series is all of the result, so its own error shows.
+TARN_CLAIM(dLn, HA, 0.76, 0.99, 1.01)
+TARN_CLAIM(dLn, HA, 0.55, 1.01, 1.8e308)
+// Denormals are the rare routine's.
+TARN_CLAIM(dLn, HA, 1.05, 0, 2.225073858507201e-308)
 
 struct dLn_LA : dLn {
   static TARN_INLINE Double2 fast(Double2 x) {
@@ -116,12 +121,12 @@ struct dLn_LA : dLn {
     const Double2 T = pair(data::ln_1024_over_c_nearest[x0.i - 512], data::ln_1024_over_c_nearest[x0.j - 512]);
     // The mantissas up to about 1.414 count as above 1, the others as below: k is 0 on both sides of 1.
     const Double2 above = (Double2)(c > 724.0);
-    const Double2 bias = select((Long2)above, Double2{} + 1023.0, Double2{} + 1022.0);
+    const Double2 bias = select((Long2)above, splat(1023.0), splat(1022.0));
     const Double2 k = biased_exponent(x) - bias;
     return k * ln2 + (T + (x0.r + series(x0.r)));
   }
 };
-TARN_CLAIM(dLn, LA, 1.0, 0, 1.8e308)
+TARN_CLAIM(dLn, LA, 1.6, 0, 1.8e308)
 
 // EP works on four elements at a time in the extended frame, and recomputes all four one by one where one of them is no
 // ordinary number.

@@ -1,0 +1,44 @@
+#!/bin/bash
+# Installs the build into a folder of its own, moves that folder, and builds the little project in consumer/ against it:
+# through find_package, and through pkg-config, in C and in C++, with the shared library and with the archive.
+#
+# usage: check_package.sh CMAKE BUILD_FOLDER C_COMPILER CXX_COMPILER
+set -euo pipefail
+cmake=$1 build=$2 cc=$3 cxx=$4
+consumer=$(cd "$(dirname "$0")" && pwd)/consumer
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+"$cmake" --install "$build" --prefix "$work/first" >/dev/null
+mv "$work/first" "$work/tarn" # a package that knew its folder by name would now be lost
+
+"$cmake" -S "$consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/tarn" \
+  -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
+"$cmake" --build "$work/build" >"$work/log" || { cat "$work/log"; exit 1; }
+for program in in_c in_cpp in_c_static in_cpp_static; do
+  echo "find_package: $program"
+  "$work/build/$program"
+done
+for program in in_c_static in_cpp_static; do
+  ! readelf -d "$work/build/$program" | grep -q libtarn || { echo "$program needs the shared library"; exit 1; }
+done
+
+pc=$(find "$work/tarn" -name tarn.pc)
+export PKG_CONFIG_PATH=${pc%/*}
+read -ra flags <<<"$(pkg-config --cflags --libs tarn)"
+libdir=$(pkg-config --variable=libdir tarn)
+"$cc" -std=c11 -Wall -Wextra -pedantic -Werror "$consumer/consumer.c" "${flags[@]}" -o "$work/c"
+"$cxx" -std=c++20 -Wall -Wextra -pedantic -Werror "$consumer/consumer.cpp" "${flags[@]}" -o "$work/cpp"
+for program in c cpp; do
+  echo "pkg-config: $program"
+  LD_LIBRARY_PATH=$libdir "$work/$program"
+done
+read -ra flags <<<"$(pkg-config --static --cflags --libs tarn)"
+"$cc" -std=c11 "$consumer/consumer.c" -Wl,-Bstatic "${flags[@]}" -Wl,-Bdynamic -o "$work/c_static"
+echo "pkg-config --static: c"
+"$work/c_static"
+
+if [ -x "$work/tarn/bin/tarn" ]; then # finds its library beside it
+  echo "installed command"
+  env -u LD_LIBRARY_PATH "$work/tarn/bin/tarn" --version
+fi

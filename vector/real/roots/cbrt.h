@@ -1,0 +1,186 @@
+// Cbrt and InvCbrt. x = 2^(3q) 2^r C (1 + t) with r in 0..2, C one of 32 mantissas in the middle of their intervals and
+// |t| at most 1/65: the root of 2^r C comes from a table, that of 1 + t from its series, and 2^q is put into the
+// exponent.
+#pragma once
+
+#include "vector/frame/claims.h"
+#include "vector/frame/lanes.h"
+#include "vector/real/roots/cbrt_data.h"
+
+namespace tarn::TARN_ISA {
+
+// What is common to both directions in double precision.
+struct CubeParts {
+  Double2 t;
+  unsigned row0, row1; // 32 r + the index of C, for the two lanes
+  Long2 q;             // the quotient of the biased exponent by 3, 341 too large
+};
+static TARN_INLINE CubeParts cube_parts(Double2 x) {
+  const Long2 pattern = bits(x) & INT64_MAX;
+  const Long2 exponent = (Long2)((ULong2)pattern >> 52);
+  const Long2 q = (Long2)((ULong2)_mm_mul_epu32((__m128i)exponent, (__m128i)(Long2{} + 0x1556)) >> 14); // /3 to 2047
+  const Long2 third = exponent - q - (q + q);
+  const Long2 mantissa = pattern & 0x000FFFFFFFFFFFFF;
+  const Long2 index = (Long2)((ULong2)mantissa >> 47) + (third << 5);
+  const Double2 m = from_bits(mantissa | 0x3FF0000000000000);
+  const Double2 C = from_bits((mantissa & 0x000F800000000000) | 0x3FF0400000000000); // 1.xxxxx1: plus 2^-6
+  const unsigned row0 = (unsigned)_mm_extract_epi16((__m128i)index, 0),
+                 row1 = (unsigned)_mm_extract_epi16((__m128i)index, 4);
+  const Double2 reciprocal = pair(data::cbrt_reciprocal[row0 & 31], data::cbrt_reciprocal[row1 & 31]);
+  return {(m - C) * reciprocal, row0, row1, q};
+}
+static TARN_INLINE Long2 sign_of(Double2 x) { return bits(x) & INT64_MIN; }
+
+// (1 + t)^(1/3) - 1
+static TARN_INLINE Double2 cbrt_series(Double2 t) {
+  constexpr double c5 = 0.03017832647462277, c6 = -0.023472031702484377;
+  constexpr double c7 = 0.019001168521058782, c8 = -0.015834307100882319;
+  return t * (1.0 / 3 + t * (-1.0 / 9 + t * (5.0 / 81 + t * (-10.0 / 243 + t * (c5 + t * (c6 + t * (c7 + t * c8)))))));
+}
+// (1 + t)^(-1/3) - 1, binomial; the first term left out is below 2^-60.
+static TARN_INLINE Double2 inverse_cbrt_series(Double2 t) {
+  return t * (-1.0 / 3 +
+              t * (2.0 / 9 +
+                   t * (-14.0 / 81 +
+                        t * (35.0 / 243 +
+                             t * (-91.0 / 729 + t * (728.0 / 6561 + t * (-1976.0 / 19683 + t * (5434.0 / 59049))))))));
+}
+
+enum class Root { cube, inverse };
+
+template <Root root, bool two_parts> struct dCubeRoot {
+  static constexpr double filler = 1;
+
+  static TARN_INLINE Double2 fast(Double2 x) {
+    const CubeParts p = cube_parts(x);
+    const Double2 P = root == Root::cube ? cbrt_series(p.t) : inverse_cbrt_series(p.t);
+    const double* table = root == Root::cube ? data::__lumedCbrtHATab : data::__lumedInvCbrtHATab;
+    const Double2 row0 = load(table + 2 * p.row0), row1 = load(table + 2 * p.row1);
+    const Double2 hi = low_lanes(row0, row1);
+    Double2 y;
+    if constexpr (two_parts)
+      y = hi + (high_lanes(row0, row1) + hi * P);
+    else
+      y = hi + hi * P;
+    const Long2 power = (p.q - 341) << 52;
+    const Long2 scaled = root == Root::cube ? bits(y) + power : bits(y) - power;
+    return from_bits(scaled | sign_of(x));
+  }
+  // Zeros, denormals, infinities, NaNs.
+  static TARN_INLINE Int4 gate(Int4 high) {
+    const Int4 field = high & 0x7FF00000;
+    return (field == 0) | (field == 0x7FF00000);
+  }
+  static __attribute__((noinline, cold)) int rare(const double* px, double* r) {
+    const double x = *px;
+    if (x == 0) {
+      *r = root == Root::cube ? x * 1.0 : 1.0 / x;
+      return root == Root::cube ? 0 : 2;
+    }
+    if (!(from_bits(bits(x) & 0x7FFFFFFFFFFFFFFF) < __builtin_inf()))
+      *r = root == Root::cube || x != x ? x + x : 1.0 / x;
+    else if (root == Root::cube)
+      *r = fast(splat(x * 0x1p300))[0] * 0x1p-100;
+    else
+      *r = fast(splat(x * 0x1p300))[0] * 0x1p100;
+    return 0;
+  }
+};
+using dCbrt_HA = dCubeRoot<Root::cube, true>;
+using dCbrt_LA = dCubeRoot<Root::cube, false>;
+using dInvCbrt_HA = dCubeRoot<Root::inverse, true>;
+using dInvCbrt_LA = dCubeRoot<Root::inverse, false>;
+TARN_CLAIM(dCbrt, HA, 0.52, -1.8e308, 1.8e308)
+TARN_CLAIM(dCbrt, LA, 1.1, -1.8e308, 1.8e308)
+TARN_CLAIM(dInvCbrt, HA, 0.52, -1.8e308, 1.8e308)
+TARN_CLAIM(dInvCbrt, LA, 1.1, -1.8e308, 1.8e308)
+
+// ---- Single precision ----
+
+struct CubePartsF {
+  Float4 t;
+  unsigned row[4];
+  Int4 q; // the quotient of the biased exponent by 3
+};
+static TARN_INLINE CubePartsF cube_partsf(Float4 x) {
+  const Int4 pattern = bits(x) & INT32_MAX;
+  const Int4 exponent = (Int4)((UInt4)pattern >> 23);
+  // 255 * 0x1556 needs 21 bits: a product of the low halves, with the high halves zero.
+  const Int4 q = (Int4)((UInt4)_mm_madd_epi16((__m128i)exponent, (__m128i)(Int4{} + 0x1556)) >> 14);
+  const Int4 third = exponent - q - (q + q);
+  const Int4 mantissa = pattern & 0x007FFFFF;
+  const Int4 index = (Int4)((UInt4)mantissa >> 18) + (third << 5);
+  const Float4 m = from_bits(mantissa | 0x3F800000);
+  const Float4 C = from_bits((mantissa & 0x007C0000) | 0x3F820000);
+  const Float4 at = (Float4)index;
+  const unsigned row[4] = {low_word<0>(at), low_word<1>(at), low_word<2>(at), low_word<3>(at)};
+  const Float4 reciprocal = {data::cbrt_reciprocalf[row[0] & 31], data::cbrt_reciprocalf[row[1] & 31],
+                             data::cbrt_reciprocalf[row[2] & 31], data::cbrt_reciprocalf[row[3] & 31]};
+  return {(m - C) * reciprocal, {row[0], row[1], row[2], row[3]}, q};
+}
+
+enum class Precision { high, low, ep };
+
+template <Root root, Precision precision> struct sCubeRoot {
+  static constexpr float filler = 1;
+  static constexpr bool cube = root == Root::cube;
+
+  static TARN_INLINE Float4 series(Float4 t) {
+    if constexpr (precision == Precision::ep)
+      return cube ? t * (1.0f / 3 + t * (-1.0f / 9)) : t * (-1.0f / 3 + t * (2.0f / 9));
+    else
+      return cube ? t * (1.0f / 3 + t * (-1.0f / 9 + t * (5.0f / 81 + t * (-10.0f / 243))))
+                  : t * (-1.0f / 3 + t * (2.0f / 9 + t * (-14.0f / 81 + t * (35.0f / 243))));
+  }
+  static TARN_INLINE Float4 fast(Float4 x) {
+    const CubePartsF p = cube_partsf(x);
+    const float* table = cube ? data::cbrt_tablef : data::inverse_cbrt_tablef;
+    const auto pairs = [&](int i, int j) {
+      const Double2 low = _mm_load_sd((const double*)(table + 2 * p.row[i]));
+      return (Float4)_mm_loadh_pd(low, (const double*)(table + 2 * p.row[j]));
+    };
+    const Float4 rows01 = pairs(0, 1), rows23 = pairs(2, 3);
+    const Float4 hi = _mm_shuffle_ps(rows01, rows23, _MM_SHUFFLE(2, 0, 2, 0));
+    Float4 y;
+    if constexpr (precision == Precision::high) {
+      const Float4 lo = _mm_shuffle_ps(rows01, rows23, _MM_SHUFFLE(3, 1, 3, 1));
+      y = hi + (lo + hi * series(p.t));
+    } else {
+      y = hi + hi * series(p.t);
+    }
+    // 127 = 3 * 42 + 1, and the third residue 1 of the table is that of exponent 0.
+    const Int4 power = (p.q - 42) << 23;
+    const Int4 scaled = cube ? bits(y) + power : bits(y) - power;
+    return from_bits(scaled | (bits(x) & INT32_MIN));
+  }
+  static TARN_INLINE Int4 gate(Int4 x) {
+    const Int4 field = x & 0x7F800000;
+    return (field == 0) | (field == 0x7F800000);
+  }
+  static __attribute__((noinline, cold)) int rare(const float* px, float* r) {
+    const float x = *px;
+    if (x == 0) {
+      *r = cube ? x * 1.0f : 1.0f / x;
+      return cube ? 0 : 2;
+    }
+    if (!(from_bits(bits(x) & 0x7FFFFFFF) < __builtin_inff()))
+      *r = cube || x != x ? x + x : 1.0f / x;
+    else
+      *r = fast(splat(x * 0x1p60f))[0] * (cube ? 0x1p-20f : 0x1p20f);
+    return 0;
+  }
+};
+using sCbrt_HA = sCubeRoot<Root::cube, Precision::high>;
+using sCbrt_LA = sCubeRoot<Root::cube, Precision::low>;
+using sCbrt_EP = sCubeRoot<Root::cube, Precision::ep>;
+using sInvCbrt_HA = sCubeRoot<Root::inverse, Precision::high>;
+using sInvCbrt_LA = sCubeRoot<Root::inverse, Precision::low>;
+using sInvCbrt_EP = sCubeRoot<Root::inverse, Precision::ep>;
+TARN_CLAIM(sCbrt, HA, 0.53, -3.5e38, 3.5e38)
+TARN_CLAIM(sCbrt, LA, 1.1, -3.5e38, 3.5e38)
+TARN_CLAIM(sCbrt, EP, 4096, -3.5e38, 3.5e38)
+TARN_CLAIM(sInvCbrt, HA, 0.53, -3.5e38, 3.5e38)
+TARN_CLAIM(sInvCbrt, LA, 1.1, -3.5e38, 3.5e38)
+TARN_CLAIM(sInvCbrt, EP, 4096, -3.5e38, 3.5e38)
+
+}
