@@ -8,64 +8,30 @@ namespace {
 
 namespace blas = tarn::service::blas;
 
-// Narrow problems leave BLAS no room to work in, so they have a kernel of their own: the block is packed into panels of
-// `panel` variables, zeros where there are none, with the centre taken off and the weights multiplied in on the way,
-// and tiles of panel x tile_columns products stay in registers over the whole block.
+// Narrow problems leave BLAS no room to work in, so they have kernels of their own, in which a tile of products stays
+// in registers over a whole block of observations. Up to this many variables they are the faster ones.
+constexpr int64_t tiles_up_to = 24;
+constexpr int64_t tile_block = 256;
+
+bool use_tiles(int64_t p) { return p <= tiles_up_to; }
+
+// ---- Observations side by side: a tile of `panel` rows by four columns, vectors along the rows ----
+
 template <class Real> constexpr int panel = 32 / sizeof(Real); // two vectors
 constexpr int tile_columns = 4;
 
-// Up to this many variables the tiles are faster than BLAS, measured with OpenBLAS 0.3.21.
-template <class Real> constexpr int64_t tiles_up_to = sizeof(Real) == 8 ? 32 : 32;
+template <class Real> int64_t padded_width(int64_t p) { return (p + panel<Real> - 1) / panel<Real> * panel<Real>; }
 
-template <class Real> int64_t panels(int64_t p) { return (p + panel<Real> - 1) / panel<Real>; }
-
-constexpr int64_t tile_block = 256;
-
-template <class Real> bool use_tiles(int64_t p) { return p <= tiles_up_to<Real>; }
-
-template <class Real> void pack(const Products<Real>& x, const Real* weights, Real* packed) {
-  const int64_t count = x.block.count, p = x.block.p;
-  constexpr int width = panel<Real>;
-  for (int64_t first = 0; first < p; first += width) {
-    Real* to = packed + first * count;
-    const int64_t variables = minimum(width, p - first);
-    if (variables < width) {
-      for (int64_t at = 0; at < width * count; ++at) to[at] = 0;
-    }
-    if (x.columns) {
-      const Real* from = x.block.data + first;
-      Real centre[width] = {};
-      for (int64_t j = 0; x.centre && j < variables; ++j) centre[j] = x.centre[first + j];
-      if (variables == width) {
-        using V = Vector<Real>;
-        const V c0 = load<V>(centre), c1 = load<V>(centre + width / 2);
-        for (int64_t i = 0; i < count; ++i) {
-          const V w = broadcast<V>(weights ? weights[i] : Real(1));
-          const Real* at = from + i * p;
-          store(to + i * width, w * (load<V>(at) - c0));
-          store(to + i * width + width / 2, w * (load<V>(at + width / 2) - c1));
-        }
-      } else {
-        for (int64_t i = 0; i < count; ++i)
-          for (int64_t j = 0; j < variables; ++j)
-            to[i * width + j] = (weights ? weights[i] : Real(1)) * (from[i * p + j] - centre[j]);
-      }
-    } else {
-      for (int64_t j = 0; j < variables; ++j) {
-        const Real* from = x.block.data + (first + j) * x.block.n;
-        const Real centre = x.centre ? x.centre[first + j] : Real(0);
-        for (int64_t i = 0; i < count; ++i) to[i * width + j] = (weights ? weights[i] : Real(1)) * (from[i] - centre);
-      }
-    }
-  }
-}
-
-// Columns j to j + Columns - 1, rows i to i + panel - 1. a is the panel of the rows; b points at column j in its panel.
+// Rows i to i + panel - 1, columns j to j + Columns - 1, of which those on and above the diagonal are added. Variable v
+// of observation k stands at a[k * width + v], and at b with the weights multiplied in; width is at least i + panel.
 template <class Real, int Columns>
-void add_tile(const Real* a, const Real* b, int64_t count, Real* matrix, int64_t p, int64_t i, int64_t j) {
+void add_tile(const Real* a, const Real* b, int64_t width, int64_t count, Real* matrix, int64_t p, int64_t i,
+              int64_t j) {
   using V = Vector<Real>;
-  constexpr int width = panel<Real>, half = width / 2;
+  constexpr int half = panel<Real> / 2;
   V sums[Columns][2] = {};
+  a += i;
+  b += j;
   for (int64_t at = 0; at < count; ++at, a += width, b += width) {
     const V low = load<V>(a), high = load<V>(a + half);
 #pragma GCC unroll 4
@@ -76,66 +42,185 @@ void add_tile(const Real* a, const Real* b, int64_t count, Real* matrix, int64_t
     }
   }
   for (int c = 0; c < Columns; ++c) {
-    Real rows[width];
+    Real rows[panel<Real>];
     store(rows, sums[c][0]);
     store(rows + half, sums[c][1]);
     Real* to = matrix + (j + c) * p + i;
-    for (int64_t r = 0; r < width && i + r <= j + c; ++r) to[r] += rows[r];
+    for (int64_t r = 0; r < panel<Real> && i + r <= j + c; ++r) to[r] += rows[r];
   }
 }
 
-template <class Real> void add_by_tiles(const Products<Real>& whole, Real* matrix, Real* scratch) {
-  const int64_t p = whole.block.p;
-  constexpr int width = panel<Real>;
-  for (int64_t first = 0; first < whole.block.count; first += tile_block) {
-    Products<Real> part = whole;
-    part.block.count = minimum(tile_block, whole.block.count - first);
-    part.block.data += whole.columns ? first * p : first;
-    if (part.block.weights) part.block.weights += first;
-    const int64_t count = part.block.count;
-    Real* plain = scratch;
-    pack<Real>(part, nullptr, plain);
-    const Real* weighted = plain;
+template <class Real>
+void add_tiles(const Real* a, const Real* b, int64_t width, int64_t count, Real* matrix, int64_t p) {
+  for (int64_t j = 0; j < p; j += tile_columns) {
+    const int64_t columns = minimum(tile_columns, p - j);
+    for (int64_t i = 0; i <= j + columns - 1; i += panel<Real>) {
+      switch (columns) {
+      case 1: add_tile<Real, 1>(a, b, width, count, matrix, p, i, j); break;
+      case 2: add_tile<Real, 2>(a, b, width, count, matrix, p, i, j); break;
+      case 3: add_tile<Real, 3>(a, b, width, count, matrix, p, i, j); break;
+      default: add_tile<Real, 4>(a, b, width, count, matrix, p, i, j);
+      }
+    }
+  }
+}
+
+// Copies observations into rows of `width`, zeros behind them, less the centre and times the weights.
+template <class Real, bool Weighted> void pack(const Products<Real>& x, const Real* centre, int64_t width, Real* to) {
+  using V = Vector<Real>;
+  constexpr int lane_count = lanes<V, Real>;
+  const int64_t p = x.block.p;
+  const Real* from = x.block.data;
+  for (int64_t i = 0; i < x.block.count; ++i, from += p, to += width) {
+    const Real w = Weighted ? x.block.weights[i] : Real(1);
+    int64_t j = 0;
+    for (; j + lane_count <= p; j += lane_count) {
+      const V d = load<V>(from + j) - load<V>(centre + j);
+      store(to + j, Weighted ? broadcast<V>(w) * d : d);
+    }
+    for (; j < p; ++j) to[j] = w * (from[j] - centre[j]);
+    for (; j < width; ++j) to[j] = 0;
+  }
+}
+
+template <class Real> Products<Real> part_of(const Products<Real>& x, int64_t first, int64_t count) {
+  Products<Real> part = x;
+  part.block.count = count;
+  part.block.data += x.columns ? first * x.block.p : first;
+  if (part.block.weights) part.block.weights += first;
+  return part;
+}
+
+template <class Real> void add_columns_by_tiles(const Products<Real>& x, Real* matrix, Real* scratch) {
+  const int64_t p = x.block.p, width = padded_width<Real>(p);
+  int64_t first = 0;
+  if (!x.centre && !x.block.weights) {
+    // A tile reads up to a panel beyond the last variable: into the next observation, whose products are not kept.
+    // There is none behind the last, so the last ones are packed.
+    first = maximum(0, x.block.count - width);
+    add_tiles(x.block.data, x.block.data, p, first, matrix, p);
+  }
+  const Real zeros[tiles_up_to] = {};
+  const Real* centre = x.centre ? x.centre : zeros;
+  while (first < x.block.count) {
+    const Products<Real> part = part_of(x, first, minimum(tile_block, x.block.count - first));
+    first += part.block.count;
+    pack<Real, false>(part, centre, width, scratch);
+    const Real* weighted = scratch;
     if (part.block.weights) {
-      Real* to = scratch + panels<Real>(p) * width * count;
-      pack<Real>(part, part.block.weights, to);
+      Real* to = scratch + width * part.block.count;
+      pack<Real, true>(part, centre, width, to);
       weighted = to;
     }
-    for (int64_t j = 0; j < p; j += tile_columns) {
-      const Real* b = weighted + j / width * width * count + j % width;
-      const int64_t columns = minimum(tile_columns, p - j);
-      for (int64_t i = 0; i <= j + columns - 1; i += width) {
-        const Real* a = plain + i * count;
-        switch (columns) {
-        case 1: add_tile<Real, 1>(a, b, count, matrix, p, i, j); break;
-        case 2: add_tile<Real, 2>(a, b, count, matrix, p, i, j); break;
-        case 3: add_tile<Real, 3>(a, b, count, matrix, p, i, j); break;
-        default: add_tile<Real, 4>(a, b, count, matrix, p, i, j);
+    add_tiles(scratch, weighted, width, part.block.count, matrix, p);
+  }
+}
+
+// ---- Variables side by side: inner products of rows, vectors along the observations ----
+
+constexpr int product_rows = 4, product_columns = 2;
+
+template <class Real, bool Weighted, bool Centred>
+void add_inner_products(const Products<Real>& x, Real* matrix, int64_t i, int64_t j) {
+  using V = Vector<Real>;
+  constexpr int width = lanes<V, Real>;
+  const int64_t p = x.block.p, n = x.block.n, count = x.block.count;
+  // Rows beyond the last stand for the last; what they give is not kept.
+  const Real *a[product_rows], *b[product_columns];
+  Real centre_a[product_rows] = {}, centre_b[product_columns] = {};
+  for (int r = 0; r < product_rows; ++r) {
+    const int64_t variable = minimum(i + r, p - 1);
+    a[r] = x.block.data + variable * n;
+    if (Centred) centre_a[r] = x.centre[variable];
+  }
+  for (int c = 0; c < product_columns; ++c) {
+    const int64_t variable = minimum(j + c, p - 1);
+    b[c] = x.block.data + variable * n;
+    if (Centred) centre_b[c] = x.centre[variable];
+  }
+  V sums[product_rows][product_columns] = {};
+  Real tail[product_rows][product_columns] = {};
+  const auto add = [&](auto zero, auto& to, int64_t k) {
+    using T = decltype(zero);
+    T other[product_columns];
+    for (int c = 0; c < product_columns; ++c) {
+      other[c] = load<T>(b[c] + k);
+      if constexpr (Centred) other[c] -= broadcast<T>(centre_b[c]);
+      if constexpr (Weighted) other[c] *= load<T>(x.block.weights + k);
+    }
+#pragma GCC unroll 4
+    for (int r = 0; r < product_rows; ++r) {
+      T own = load<T>(a[r] + k);
+      if constexpr (Centred) own -= broadcast<T>(centre_a[r]);
+      for (int c = 0; c < product_columns; ++c) to[r][c] += own * other[c];
+    }
+  };
+  int64_t k = 0;
+  for (; k + width <= count; k += width) add(V{}, sums, k);
+  for (; k < count; ++k) add(Real(0), tail, k);
+  for (int c = 0; c < product_columns && j + c < p; ++c)
+    for (int r = 0; r < product_rows && i + r <= j + c; ++r)
+      matrix[(j + c) * p + i + r] += horizontal_sum<Real>(sums[r][c]) + tail[r][c];
+}
+
+template <class Real> void add_rows_by_tiles(const Products<Real>& whole, Real* matrix) {
+  for (int64_t first = 0; first < whole.block.count; first += tile_block) {
+    const Products<Real> x = part_of(whole, first, minimum(tile_block, whole.block.count - first));
+    for (int64_t j = 0; j < x.block.p; j += product_columns) {
+      for (int64_t i = 0; i <= minimum(j + product_columns, x.block.p) - 1; i += product_rows) {
+        if (x.block.weights) {
+          x.centre ? add_inner_products<Real, true, true>(x, matrix, i, j)
+                   : add_inner_products<Real, true, false>(x, matrix, i, j);
+        } else {
+          x.centre ? add_inner_products<Real, false, true>(x, matrix, i, j)
+                   : add_inner_products<Real, false, false>(x, matrix, i, j);
         }
       }
     }
   }
 }
 
-// The observations of a block copied side by side, less the centre and times the weights.
+// ---- BLAS ----
+
+// The block copied in its own storage, less the centre and times the weights.
 template <class Real> void gather(const Products<Real>& x, const Real* weights, Real* to) {
-  const int64_t p = x.block.p;
-  for (int64_t i = 0; i < x.block.count; ++i) {
-    const Real w = weights ? weights[i] : Real(1);
-    const Real* from = x.columns ? x.block.data + i * p : x.block.data + i;
-    const int64_t step = x.columns ? 1 : x.block.n;
-    for (int64_t j = 0; j < p; ++j) to[i * p + j] = w * (from[j * step] - (x.centre ? x.centre[j] : Real(0)));
+  const int64_t p = x.block.p, count = x.block.count;
+  const int64_t outer = x.columns ? count : p, inner = x.columns ? p : count, step = x.columns ? p : x.block.n;
+  for (int64_t o = 0; o < outer; ++o) {
+    const Real* from = x.block.data + o * step;
+    Real* row = to + o * inner;
+    if (x.columns) {
+      const Real w = weights ? weights[o] : Real(1);
+      if (x.centre) {
+        for (int64_t j = 0; j < inner; ++j) row[j] = w * (from[j] - x.centre[j]);
+      } else {
+        for (int64_t j = 0; j < inner; ++j) row[j] = w * from[j];
+      }
+    } else {
+      const Real centre = x.centre ? x.centre[o] : Real(0);
+      if (weights) {
+        for (int64_t i = 0; i < inner; ++i) row[i] = weights[i] * (from[i] - centre);
+      } else {
+        for (int64_t i = 0; i < inner; ++i) row[i] = from[i] - centre;
+      }
+    }
   }
 }
 
-// Upper triangle of A B^T for p x count matrices A, B by columns. BLAS has no such product of one triangle, so it goes
-// in column panels, each down to the diagonal.
-template <class Real> void add_triangle(const Real* a, const Real* b, int32_t count, int32_t p, Real* matrix) {
+// Upper triangle of the products of two gathered blocks. BLAS has no such product of one triangle, so it goes in column
+// panels, each down to the diagonal.
+template <class Real>
+void add_triangle(bool by_columns, const Real* a, const Real* b, int32_t count, int32_t p, Real* matrix) {
   constexpr int32_t width = 64;
   const Real one = 1;
   for (int32_t j = 0; j < p; j += width) {
     const int32_t columns = static_cast<int32_t>(minimum(width, p - j)), rows = j + columns;
-    blas::xgemm("N", "T", &rows, &columns, &count, &one, a, &p, b + j, &p, &one, matrix + int64_t(j) * p, &p);
+    Real* to = matrix + int64_t(j) * p;
+    if (by_columns) {
+      blas::xgemm("N", "T", &rows, &columns, &count, &one, a, &p, b + j, &p, &one, to, &p);
+    } else {
+      blas::xgemm("T", "N", &rows, &columns, &count, &one, a, &count, b + int64_t(j) * count, &count, &one, to, &p);
+    }
   }
 }
 
@@ -150,12 +235,13 @@ template <class Real> void add_by_blas(const Products<Real>& x, Real* matrix, Re
   }
   gather<Real>(x, nullptr, scratch);
   if (!x.block.weights) {
-    blas::xsyrk("U", "N", &p, &count, &one, scratch, &p, &one, matrix, &p);
+    const int32_t leading = x.columns ? p : count;
+    blas::xsyrk("U", x.columns ? "N" : "T", &p, &count, &one, scratch, &leading, &one, matrix, &p);
     return;
   }
   Real* weighted = scratch + x.block.p * x.block.count;
   gather<Real>(x, x.block.weights, weighted);
-  add_triangle<Real>(scratch, weighted, count, p, matrix);
+  add_triangle<Real>(x.columns, scratch, weighted, count, p, matrix);
 }
 
 }
@@ -166,15 +252,17 @@ template <class Real> int64_t product_block(int64_t p, bool weighted) {
 
 template <class Real> int64_t product_scratch(int64_t p, bool weighted) {
   const int64_t copies = weighted ? 2 : 1;
-  if (use_tiles<Real>(p)) return copies * panels<Real>(p) * panel<Real> * tile_block;
+  if (use_tiles(p)) return copies * padded_width<Real>(p) * tile_block;
   return copies * p * product_block<Real>(p, weighted);
 }
 
 template <class Real> void add_cross_products(const Products<Real>& products, Real* matrix, Real* scratch) {
-  if (use_tiles<Real>(products.block.p)) {
-    add_by_tiles(products, matrix, scratch);
-  } else {
+  if (!use_tiles(products.block.p)) {
     add_by_blas(products, matrix, scratch);
+  } else if (products.columns) {
+    add_columns_by_tiles(products, matrix, scratch);
+  } else {
+    add_rows_by_tiles(products, matrix);
   }
 }
 

@@ -33,11 +33,11 @@ constexpr bool weighted__ = false, weighted_W = true;
 constexpr bool cross__ = false, cross_C = true;
 }
 
-// Blocks short enough for the first-level cache, where a second look at them is free.
+// Blocks short enough to stay in the cache for a second look, long enough that merging them costs little.
 template <class Real> int64_t moment_block(int64_t p, bool columns) {
-  constexpr int64_t bytes = 1 << 14, longest = bytes / 2 / int64_t(sizeof(Real));
+  constexpr int64_t bytes = 1 << 16, longest = 1024;
   if (!columns) return longest;
-  return minimum(longest, maximum(32, bytes / (int64_t(sizeof(Real)) * p)));
+  return minimum(longest, maximum(64, bytes / (int64_t(sizeof(Real)) * p)));
 }
 
 template <class Real> Block<Real> block_at(const KernelArguments<Real>& a, bool columns, int64_t first, int64_t count) {

@@ -92,7 +92,7 @@ void sum_row(const Real* x, const Real* w, int64_t count, Real centre, const Sum
 template <class Real, class V, bool Weighted, unsigned Raw, unsigned Central, int Units>
 void sum_column_group(const Block<Real>& block, const Real* centres, const SumArrays<Real>& out, int64_t j) {
   constexpr int width = lanes<V, Real>, orders = orders_in(Raw) + orders_in(Central);
-  constexpr int rows = Units * orders * 2 <= chains_wanted ? 2 : 1;
+  constexpr int rows = Units * orders * 4 <= chains_wanted ? 4 : Units * orders * 2 <= chains_wanted ? 2 : 1;
   PowerSums<V, Raw, Central> sums[rows][Units];
   V centre[Units] = {};
   if constexpr (Central != 0) {
@@ -106,7 +106,7 @@ void sum_column_group(const Block<Real>& block, const Real* centres, const SumAr
   };
   int64_t i = 0;
   for (; i + rows <= block.count; i += rows) {
-#pragma GCC unroll 2
+#pragma GCC unroll 4
     for (int r = 0; r < rows; ++r) add_observation(sums[r], i + r);
   }
   for (; i < block.count; ++i) add_observation(sums[0], i);

@@ -4,6 +4,10 @@
 // 5.2.5; the map of floats by the sign bit is Herf's, Radix Tricks, 2001). One pass counts all digits at once, then
 // each digit costs one stable scatter between the array and the scratch. A digit in which all keys agree orders
 // nothing, and its scatter is left out.
+//
+// Eight-byte keys are first sorted by their upper digits alone, which in most data tells all but a few elements apart;
+// what they leave together is put in order on the way back. Only data that the upper digits cannot tell apart pay for
+// the lower ones.
 #pragma once
 
 #include <limits.h>
@@ -190,31 +194,101 @@ template <class K> void insertion_sort(typename K::Key* keys, int32_t n) {
   for (int32_t i = 0; i < n; ++i) keys[i] = K::decode(keys[i]);
 }
 
-template <class T, bool Descending>
-void radix_sort(typename Keys<T, Descending>::Key* array, typename Keys<T, Descending>::Key* scratch, int32_t length) {
-  using K = Keys<T, Descending>;
+// All digits, from the least significant. An even number of passes starts from the array and maps the elements in its
+// first scatter, unless they are keys already; an odd number starts from the scratch, where the counting pass leaves
+// the keys.
+template <class K, bool Encoded> void sort_all_digits(typename K::Key* array, typename K::Key* scratch, uint32_t n) {
   using Key = typename K::Key;
-  if (length < insertion_below) return insertion_sort<K>(array, length);
-  const uint32_t n = static_cast<uint32_t>(length);
   alignas(64) uint32_t histograms[K::histogram_words()];
   clear_histograms(histograms, K::histogram_words());
-  const Key first = K::encode(array[0]);
-  // An even number of passes starts from the array and maps in its first scatter; an odd number starts from the
-  // scratch, where the counting pass leaves the keys.
+  const auto key_of = [&](uint32_t i) { return Encoded ? array[i] : K::encode(array[i]); };
+  const Key first = key_of(0);
   constexpr bool even = K::passes % 2 == 0;
   for (uint32_t i = 0; i < n; ++i) {
-    const Key key = K::encode(array[i]);
+    const Key key = key_of(i);
     if constexpr (!even) scratch[i] = key;
     count_digits<K>(key, histograms);
   }
   bool needed[K::passes];
   const int left = needed_passes<K>(histograms, first, n, needed);
   prefix_sums<K>(histograms);
-  if constexpr (even) {
-    scatter_all<K>(array, scratch, histograms, n, needed, left, false);
+  if (Encoded && left == 0) {
+    for (uint32_t i = 0; i < n; ++i) array[i] = K::decode(array[i]);
+  } else if constexpr (even) {
+    scatter_all<K>(array, scratch, histograms, n, needed, left, Encoded);
   } else {
     scatter_all<K>(scratch, array, histograms, n, needed, left, true);
   }
+}
+
+// The upper half of eight-byte keys as keys of their own, in three passes.
+template <class T, bool Descending> struct UpperHalf : Keys<T, Descending> {
+  using Base = Keys<T, Descending>;
+  static constexpr Digit plan[] = {Base::plan[3], Base::plan[4], Base::plan[5]};
+  static constexpr int passes = 3;
+  static constexpr int histogram_words() { return (1 << plan[0].bits) + (1 << plan[1].bits) + (1 << plan[2].bits); }
+  static constexpr int histogram_start(int pass) {
+    return pass == 0 ? 0 : pass == 1 ? 1 << plan[0].bits : (1 << plan[0].bits) + (1 << plan[1].bits);
+  }
+  static typename Base::Key decode(typename Base::Key key) { return key; } // the way back decodes
+};
+
+enum class UpperHalfSort { done, not_worth_it, gave_up };
+
+// Sorts by the upper half into the scratch, then goes back to the array run by run of keys with equal upper halves.
+// Not worth it, with nothing changed, when all upper halves are equal. Gives up when different keys share an upper half
+// too often; the array then holds all the keys.
+template <class T, bool Descending>
+UpperHalfSort sort_upper_half(typename Keys<T, Descending>::Key* array, typename Keys<T, Descending>::Key* scratch,
+                              uint32_t n) {
+  using K = UpperHalf<T, Descending>;
+  using Key = typename K::Key;
+  alignas(64) uint32_t histograms[K::histogram_words()];
+  clear_histograms(histograms, K::histogram_words());
+  for (uint32_t i = 0; i < n; ++i) count_digits<K>(K::encode(array[i]), histograms);
+  bool needed[K::passes];
+  const int left = needed_passes<K>(histograms, K::encode(array[0]), n, needed);
+  if (left == 0) return UpperHalfSort::not_worth_it;
+  prefix_sums<K>(histograms);
+  scatter_all<K>(array, scratch, histograms, n, needed, left, false); // an odd number, so it ends in the scratch
+
+  constexpr uint32_t short_run = 16, longest_run = 64; // for insertion
+  uint32_t in_long_runs = 0;
+  for (uint32_t start = 0; start < n;) {
+    const Key first = scratch[start];
+    uint32_t end = start + 1;
+    Key differing = 0;
+    for (; end < n && (scratch[end] ^ first) >> 32 == 0; ++end) differing |= scratch[end] ^ first;
+    if (differing != 0) {
+      const uint32_t length = end - start;
+      if (length > short_run) in_long_runs += length;
+      if (length > longest_run || in_long_runs > n / 16) {
+        for (uint32_t i = 0; i < n; ++i) array[i] = scratch[i];
+        return UpperHalfSort::gave_up;
+      }
+      for (uint32_t i = start + 1; i < end; ++i) {
+        const Key key = scratch[i];
+        uint32_t at = i;
+        for (; at > start && scratch[at - 1] > key; --at) scratch[at] = scratch[at - 1];
+        scratch[at] = key;
+      }
+    }
+    for (; start < end; ++start) array[start] = Keys<T, Descending>::decode(scratch[start]);
+  }
+  return UpperHalfSort::done;
+}
+
+template <class T, bool Descending>
+void radix_sort(typename Keys<T, Descending>::Key* array, typename Keys<T, Descending>::Key* scratch, int32_t length) {
+  using K = Keys<T, Descending>;
+  if (length < insertion_below) return insertion_sort<K>(array, length);
+  const uint32_t n = static_cast<uint32_t>(length);
+  if constexpr (sizeof(T) == 8) {
+    const UpperHalfSort outcome = sort_upper_half<T, Descending>(array, scratch, n);
+    if (outcome == UpperHalfSort::done) return;
+    if (outcome == UpperHalfSort::gave_up) return sort_all_digits<K, true>(array, scratch, n);
+  }
+  sort_all_digits<K, false>(array, scratch, n);
 }
 
 // One byte: nothing to scatter, the counts say all.

@@ -219,7 +219,7 @@ template <class T> bool before(const T& a, const T& b) {
   }
 }
 
-enum class Shape { bits, normal, few, equal, ascending, descending, one_digit };
+enum class Shape { bits, normal, few, equal, ascending, descending, one_digit, close, pairs };
 
 template <class T> std::vector<T> keys(Shape shape, int32_t n, uint64_t seed) {
   std::mt19937_64 random(seed);
@@ -234,6 +234,16 @@ template <class T> std::vector<T> keys(Shape shape, int32_t n, uint64_t seed) {
     case Shape::equal: a[i] = static_cast<T>(7); break;
     case Shape::ascending: a[i] = static_cast<T>(i); break;
     case Shape::descending: a[i] = static_cast<T>(n - i); break;
+    case Shape::close: { // equal upper halves in groups of every size
+      uint64_t bits = 0x4000000000000000 + ((word >> 40) % 40 * ((word >> 40) % 40) << 32) + uint32_t(word);
+      std::memcpy(&a[i], &bits, sizeof(T));
+      break;
+    }
+    case Shape::pairs: { // a few to each upper half
+      uint64_t bits = 0xBFF0000000000000 + ((word >> 40) % uint64_t(n) << 32) + uint32_t(word);
+      std::memcpy(&a[i], &bits, sizeof(T));
+      break;
+    }
     case Shape::one_digit: { // keys that differ in one digit only, so that most scatters are left out
       uint64_t bits = 0x3F50123456789ABC;
       const int shifts[] = {0, 11, 22, 32, 43, 54};
@@ -281,7 +291,7 @@ TEST(RadixSort, AgreesWithStableSort) {
   for_each_sort([](auto f) {
     using T = typename decltype(f)::type;
     for (Shape shape : {Shape::bits, Shape::normal, Shape::few, Shape::equal, Shape::ascending, Shape::descending,
-                        Shape::one_digit}) {
+                        Shape::one_digit, Shape::close, Shape::pairs}) {
       for (int32_t n : {1, 2, 3, 15, 16, 17, 31, 32, 33, 100, 255, 1000, 1001, 5000}) {
         for (uint64_t seed = 0; seed < (shape == Shape::one_digit ? 6u : 1u); ++seed) {
           std::vector<T> a = keys<T>(shape, n, seed);
