@@ -10,8 +10,13 @@ namespace blas = tarn::service::blas;
 
 // Narrow problems leave BLAS no room to work in, so they have kernels of their own, in which a tile of products stays
 // in registers over a whole block of observations. Up to this many variables they are the faster ones.
-constexpr int64_t tiles_up_to = 24;
-constexpr int64_t tile_block = 256;
+constexpr int64_t tiles_up_to = 20;
+constexpr int64_t longest_tile_block = 256;
+
+// Observations that a tile runs through, so that those of all variables stay in the first-level cache.
+template <class Real> int64_t tile_block(int64_t p) {
+  return minimum(longest_tile_block, maximum(32, (24 << 10) / (p * int64_t(sizeof(Real)))));
+}
 
 bool use_tiles(int64_t p) { return p <= tiles_up_to; }
 
@@ -92,18 +97,21 @@ template <class Real> Products<Real> part_of(const Products<Real>& x, int64_t fi
 }
 
 template <class Real> void add_columns_by_tiles(const Products<Real>& x, Real* matrix, Real* scratch) {
-  const int64_t p = x.block.p, width = padded_width<Real>(p);
+  const int64_t p = x.block.p, width = padded_width<Real>(p), length = tile_block<Real>(p);
   int64_t first = 0;
   if (!x.centre && !x.block.weights) {
     // A tile reads up to a panel beyond the last variable: into the next observation, whose products are not kept.
     // There is none behind the last, so the last ones are packed.
-    first = maximum(0, x.block.count - width);
-    add_tiles(x.block.data, x.block.data, p, first, matrix, p);
+    const int64_t end = maximum(0, x.block.count - width);
+    for (; first < end; first += minimum(length, end - first)) {
+      const Real* data = x.block.data + first * p;
+      add_tiles(data, data, p, minimum(length, end - first), matrix, p);
+    }
   }
   const Real zeros[tiles_up_to] = {};
   const Real* centre = x.centre ? x.centre : zeros;
   while (first < x.block.count) {
-    const Products<Real> part = part_of(x, first, minimum(tile_block, x.block.count - first));
+    const Products<Real> part = part_of(x, first, minimum(length, x.block.count - first));
     first += part.block.count;
     pack<Real, false>(part, centre, width, scratch);
     const Real* weighted = scratch;
@@ -164,8 +172,9 @@ void add_inner_products(const Products<Real>& x, Real* matrix, int64_t i, int64_
 }
 
 template <class Real> void add_rows_by_tiles(const Products<Real>& whole, Real* matrix) {
-  for (int64_t first = 0; first < whole.block.count; first += tile_block) {
-    const Products<Real> x = part_of(whole, first, minimum(tile_block, whole.block.count - first));
+  const int64_t length = tile_block<Real>(whole.block.p);
+  for (int64_t first = 0; first < whole.block.count; first += length) {
+    const Products<Real> x = part_of(whole, first, minimum(length, whole.block.count - first));
     for (int64_t j = 0; j < x.block.p; j += product_columns) {
       for (int64_t i = 0; i <= minimum(j + product_columns, x.block.p) - 1; i += product_rows) {
         if (x.block.weights) {
@@ -252,7 +261,7 @@ template <class Real> int64_t product_block(int64_t p, bool weighted) {
 
 template <class Real> int64_t product_scratch(int64_t p, bool weighted) {
   const int64_t copies = weighted ? 2 : 1;
-  if (use_tiles(p)) return copies * padded_width<Real>(p) * tile_block;
+  if (use_tiles(p)) return copies * padded_width<Real>(p) * tile_block<Real>(p);
   return copies * p * product_block<Real>(p, weighted);
 }
 
