@@ -318,10 +318,9 @@ bool parse_number(std::string_view text, Real real, double& value) {
   return real == Real::Single ? parse_as<float>(text, negative, value) : parse_as<double>(text, negative, value);
 }
 
-Table read_table(const InputOptions& options, int wanted) {
+Table parse_table(const std::string& content, const InputOptions& options, int wanted, const std::string& source) {
   Table table;
-  table.source = options.path == "-" ? "standard input" : options.path;
-  const std::string content = read_all(options, table.source);
+  table.source = source;
   const std::string format = format_of(options, content);
   if (format == "csv") {
     read_csv(table, content, options, wanted);
@@ -332,6 +331,11 @@ Table read_table(const InputOptions& options, int wanted) {
   }
   if (table.rows() == 0) throw Failure(table.source + " holds no numbers");
   return table;
+}
+
+Table read_table(const InputOptions& options, int wanted) {
+  const std::string source = options.path == "-" ? "standard input" : options.path;
+  return parse_table(read_all(options, source), options, wanted, source);
 }
 
 }

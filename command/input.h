@@ -38,6 +38,9 @@ struct Table {
 // Throws Failure on anything that is not a table of numbers, on an unknown column and on input without a row.
 Table read_table(const InputOptions& options, int wanted);
 
+// The same from text that is at hand; `options.path` still tells the format where it is auto.
+Table parse_table(const std::string& content, const InputOptions& options, int wanted, const std::string& source);
+
 // A number as the input knows it: decimal, scientific or hexadecimal (0x1.8p3), inf, nan. False when the text is no
 // number or lies beyond the largest finite one of the type; a number too small for the type rounds as usual.
 bool parse_number(std::string_view text, Real real, double& value);
