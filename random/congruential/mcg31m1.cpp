@@ -25,8 +25,9 @@ uint32_t multiply(uint32_t x, uint32_t y) {
 ULong2 multiply(ULong2 x, ULong2 y) {
   const ULong2 p = (ULong2)_mm_mul_epu32((__m128i)x, (__m128i)y);
   const ULong2 sum = (p & kModulus) + (p >> 31);
-  const Int4 less = (Int4)(sum - kModulus); // negative in the low half where nothing is to be subtracted
-  return (ULong2)(less + ((less >> 31) & (Int4)ULong2{kModulus, kModulus}));
+  const Int4 modulus = (Int4)ULong2{kModulus, kModulus};
+  const Int4 less = (Int4)sum - modulus; // negative in the low half where nothing is to be subtracted
+  return (ULong2)(less + ((less >> 31) & modulus));
 }
 
 template <class Real> struct Scaled {

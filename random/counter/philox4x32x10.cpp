@@ -49,6 +49,15 @@ void unpack(const Pair& p, UInt4& first, UInt4& second) {
   second = (UInt4)_mm_unpacklo_epi64(d01, d23);
 }
 
+// The counters `ahead` and ahead + 1 places on.
+void set_counters(Pair& pair, const uint32_t counter[4], uint64_t ahead) {
+  uint32_t even[4], odd[4];
+  for (int i = 0; i < 4; i++) even[i] = odd[i] = counter[i];
+  add_to_counter(even, ahead);
+  add_to_counter(odd, ahead + 1);
+  for (int i = 0; i < 4; i++) pair.c[i] = ULong2{even[i], odd[i]};
+}
+
 void next_block(State& s) {
   Pair pair[1];
   for (int i = 0; i < 4; i++) pair[0].c[i] = ULong2{s.counter[i], s.counter[i]};
@@ -59,9 +68,9 @@ void next_block(State& s) {
   add_to_counter(s.counter, 1);
 }
 
-// Eight blocks side by side; the lowest counter word runs through the lanes, and where it wraps the carry is made for
-// each pair.
-constexpr int kPairs = 4;
+// Several blocks side by side; the lowest counter word runs through the lanes, and where it wraps, the carry is made
+// for each block.
+constexpr int kPairs = 3;
 template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
   State& state = state_of<State>(stream);
   State s = state;
@@ -69,13 +78,14 @@ template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
   for (; k < n && s.left > 0; s.left--) map.put1(k++, s.block[4 - s.left]);
   for (; n - k >= 8 * kPairs; k += 8 * kPairs) {
     Pair pair[kPairs];
-    for (int j = 0; j < kPairs; j++) {
-      uint32_t even[4], odd[4];
-      for (int i = 0; i < 4; i++) even[i] = s.counter[i];
-      add_to_counter(even, static_cast<uint64_t>(2 * j));
-      for (int i = 0; i < 4; i++) odd[i] = even[i];
-      add_to_counter(odd, 1);
-      for (int i = 0; i < 4; i++) pair[j].c[i] = ULong2{even[i], odd[i]};
+    if (s.counter[0] <= 0xFFFFFFFF - 2 * kPairs) {
+      const ULong2 low = {s.counter[0], uint64_t{s.counter[0]} + 1};
+      for (int j = 0; j < kPairs; j++) {
+        pair[j].c[0] = low + 2 * static_cast<uint64_t>(j);
+        for (int i = 1; i < 4; i++) pair[j].c[i] = ULong2{s.counter[i], s.counter[i]};
+      }
+    } else {
+      for (int j = 0; j < kPairs; j++) set_counters(pair[j], s.counter, static_cast<uint64_t>(2 * j));
     }
     encrypt(pair, s.key);
     for (int j = 0; j < kPairs; j++) {
