@@ -1,0 +1,600 @@
+// The sequences of the generators: against plain recurrences written here, whatever the cuts, the alignment and the
+// output form; skip ahead and leapfrog by brute force.
+#include "random/streams.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <random>
+
+using namespace tarn::test;
+
+namespace {
+
+__extension__ typedef unsigned __int128 Wide;
+
+// ---- Plain recurrences: a function gives element after element
+
+using Next = std::function<std::vector<uint32_t>()>;
+
+Next plain_mcg31m1(uint64_t x) {
+  return [x]() mutable {
+    const auto out = static_cast<uint32_t>(x);
+    x = x * 1132489760 % 2147483647;
+    return std::vector<uint32_t>{out};
+  };
+}
+
+Next plain_mcg59(uint64_t x) {
+  return [x]() mutable {
+    const uint64_t out = x;
+    x = static_cast<uint64_t>(static_cast<Wide>(x) * 302875106592253 % (uint64_t{1} << 59));
+    return std::vector<uint32_t>{static_cast<uint32_t>(out), static_cast<uint32_t>(out >> 32)};
+  };
+}
+
+Next plain_wh(int member, std::vector<uint64_t> x) {
+  return [=]() mutable {
+    std::vector<uint32_t> out(x.begin(), x.end());
+    for (int i = 0; i < 4; i++) x[i] = x[i] * __kest_WH_A[member][i] % __kest_WH_M[member][i];
+    return out;
+  };
+}
+
+Next plain_mrg32k3a(std::vector<int64_t> s) {
+  return [s]() mutable {
+    constexpr int64_t m1 = 4294967087, m2 = 4294944443;
+    int64_t x = (1403580 * s[1] - 810728 * s[0]) % m1, y = (527612 * s[5] - 1370589 * s[3]) % m2;
+    if (x < 0) x += m1;
+    if (y < 0) y += m2;
+    s = {s[1], s[2], x, s[4], s[5], y};
+    return std::vector<uint32_t>{static_cast<uint32_t>(x < y ? x - y + m1 : x - y)};
+  };
+}
+
+Next plain_r250(uint32_t s) {
+  std::vector<uint32_t> w;
+  for (int k = 0; k < 250; k++) w.push_back(s *= 69069);
+  for (int t = 0; t < 32; t++) {
+    uint32_t& v = w[7 * t + 3];
+    v = (v & ((1u << (31 - t)) - 1)) | 1u << (31 - t);
+  }
+  return [w]() mutable {
+    w.push_back(w[w.size() - 250] ^ w[w.size() - 147]);
+    return std::vector<uint32_t>{w.back()};
+  };
+}
+
+std::vector<uint32_t> plain_array_seed(size_t n, std::vector<uint32_t> key) {
+  std::vector<uint32_t> mt(n);
+  mt[0] = 19650218;
+  for (size_t i = 1; i < n; i++) mt[i] = static_cast<uint32_t>(1812433253u * (mt[i - 1] ^ mt[i - 1] >> 30) + i);
+  size_t i = 1, j = 0;
+  for (size_t k = std::max(n, key.size()); k > 0; k--) {
+    mt[i] = static_cast<uint32_t>((mt[i] ^ (mt[i - 1] ^ mt[i - 1] >> 30) * 1664525u) + key[j] + j);
+    if (++i == n) mt[0] = mt[n - 1], i = 1;
+    if (++j == key.size()) j = 0;
+  }
+  for (size_t k = n - 1; k > 0; k--) {
+    mt[i] = static_cast<uint32_t>((mt[i] ^ (mt[i - 1] ^ mt[i - 1] >> 30) * 1566083941u) - i);
+    if (++i == n) mt[0] = mt[n - 1], i = 1;
+  }
+  mt[0] = 0x80000000;
+  return mt;
+}
+
+Next plain_mt2203(int member, std::vector<uint32_t> key) {
+  std::vector<uint32_t> x = plain_array_seed(69, key);
+  return [=]() mutable {
+    const size_t k = x.size() - 69;
+    uint32_t y = (x[k] & 0xFFFFFFE0) | (x[k + 1] & 0x1F);
+    x.push_back(x[k + 34] ^ y >> 1 ^ (y & 1 ? __kest_mt2203_table[member][0] : 0));
+    y = x.back();
+    y ^= y >> 12;
+    y ^= y << 7 & __kest_mt2203_table[member][1];
+    y ^= y << 15 & __kest_mt2203_table[member][2];
+    return std::vector<uint32_t>{y ^ y >> 18};
+  };
+}
+
+Next plain_mt19937(std::vector<uint32_t> key) {
+  std::seed_seq unused;
+  std::vector<uint32_t> x = plain_array_seed(624, key);
+  return [=]() mutable {
+    const size_t k = x.size() - 624;
+    uint32_t y = (x[k] & 0x80000000) | (x[k + 1] & 0x7FFFFFFF);
+    x.push_back(x[k + 397] ^ y >> 1 ^ (y & 1 ? 0x9908B0DF : 0));
+    y = x.back();
+    y ^= y >> 11;
+    y ^= y << 7 & 0x9D2C5680;
+    y ^= y << 15 & 0xEFC60000;
+    return std::vector<uint32_t>{y ^ y >> 18};
+  };
+}
+
+Next plain_philox(std::vector<uint32_t> seeds) {
+  seeds.resize(6);
+  Wide counter = 0;
+  for (int i = 3; i >= 0; i--) counter = counter << 32 | seeds[2 + i];
+  return [=, block = std::vector<uint32_t>()]() mutable {
+    if (block.empty()) {
+      uint32_t c[4], k0 = seeds[0], k1 = seeds[1];
+      for (int i = 0; i < 4; i++) c[i] = static_cast<uint32_t>(counter >> 32 * i);
+      for (int round = 0; round < 10; round++) {
+        const uint64_t p = uint64_t{0xD2511F53} * c[0], q = uint64_t{0xCD9E8D57} * c[2];
+        const uint32_t next[4] = {static_cast<uint32_t>(q >> 32) ^ c[1] ^ k0, static_cast<uint32_t>(q),
+                                  static_cast<uint32_t>(p >> 32) ^ c[3] ^ k1, static_cast<uint32_t>(p)};
+        std::memcpy(c, next, sizeof c);
+        k0 += 0x9E3779B9;
+        k1 += 0xBB67AE85;
+      }
+      block.assign(c, c + 4);
+      counter++;
+    }
+    const uint32_t out = block.front();
+    block.erase(block.begin());
+    return std::vector<uint32_t>{out};
+  };
+}
+
+Next plain_of(const Named& g) {
+  const std::string name = g.name;
+  if (name == "MCG31M1") return plain_mcg31m1(777);
+  if (name == "R250") return plain_r250(12345);
+  if (name == "MRG32K3A") return plain_mrg32k3a({1, 2, 3, 4, 5, 6});
+  if (name == "MCG59") return plain_mcg59(uint64_t{7} << 32 | 99);
+  if (name == "WH") return plain_wh(100, {5, 6, 7, 8});
+  if (name == "OldWH") return plain_wh(272, {5, 1, 1, 1});
+  if (name == "MT19937") return plain_mt19937(g.seeds);
+  if (name == "MT2203") return plain_mt2203(4711, g.seeds);
+  if (name == "PHILOX4X32X10") return plain_philox(g.seeds);
+  return {};
+}
+
+TEST(Sequences, EqualThePlainRecurrences) {
+  int compared = 0;
+  for (const Named& g : generators()) {
+    Next next = plain_of(g);
+    if (!next) continue;
+    compared++;
+    std::vector<uint32_t> expected;
+    for (int k = 0; k < 7001; k++)
+      for (uint32_t w : next()) expected.push_back(w);
+    EXPECT_EQ(words(make(g.brng, g.seeds), 7001), expected) << g.name;
+  }
+  EXPECT_EQ(compared, 9);
+}
+
+TEST(Sequences, PublishedFirstOutputs) {
+  EXPECT_EQ(words(make(0x800000, {0x123, 0x234, 0x345, 0x456}), 3),
+            (std::vector<uint32_t>{1067595299, 955945823, 477289528}));
+  EXPECT_EQ(words(make(0xD00000, {0x1234, 0x5678, 0x9abc, 0xdef0}), 3),
+            (std::vector<uint32_t>{2920711183, 3885745737, 3501893680}));
+  // L'Ecuyer's package prints 0.1270111 for six seeds of 12345.
+  EXPECT_NEAR(doubles(make(0x300000, {12345, 12345, 12345, 12345, 12345, 12345}), 1)[0], 0.127011122046577, 1e-9);
+  // Known-answer vectors published with the counter-based generators.
+  EXPECT_EQ(words(make(0x1000000), 4), (std::vector<uint32_t>{0x6627e8d5, 0xe169c58d, 0xbc57ac4c, 0x9b00dbd8}));
+  const std::vector<uint32_t> ones(6, 0xFFFFFFFF);
+  EXPECT_EQ(words(make(0x1000000, ones), 4), (std::vector<uint32_t>{0x408f276d, 0x41c83b0e, 0xa20bc7c6, 0x6d5451fd}));
+}
+
+TEST(Sequences, Mt19937EqualsTheStandardLibrary) {
+  // The ring of std::mt19937 seeded by a word is a state like any other.
+  std::mt19937 reference(5489);
+  auto stream = make(0x800000, {1});
+  uint32_t* mt = state(stream);
+  mt[0] = 5489;
+  for (uint32_t k = 1; k < 624; k++) mt[k] = 1812433253u * (mt[k - 1] ^ mt[k - 1] >> 30) + k;
+  for (uint32_t w : words(stream, 5000)) ASSERT_EQ(w, reference());
+}
+
+// ---- Any cut of a request gives the same values, and nothing around the destination is touched
+
+template <class Element, class Give> void expect_cuts_do_not_matter(const Named& g, size_t per_element, Give give) {
+  std::mt19937 random(7);
+  const int n = 5003;
+  for (int trial = 0; trial < 4; trial++) {
+    auto whole = make(g.brng, g.seeds), cut = copy(whole);
+    const size_t bytes = sizeof(Element) * per_element * n;
+    const size_t shift = trial; // odd addresses too
+    std::vector<unsigned char> a(bytes + 64, 0xA5), b(bytes + 64, 0xA5);
+    give(whole, n, a.data() + shift);
+    for (int k = 0; k < n;) {
+      int m = 1 + static_cast<int>(random() % (trial % 2 ? 37 : 2200));
+      m = std::min(m, n - k);
+      give(cut, m, b.data() + shift + sizeof(Element) * per_element * k);
+      k += m;
+    }
+    ASSERT_EQ(a, b) << g.name << " trial " << trial;
+    for (size_t k = 0; k < shift; k++) ASSERT_EQ(a[k], 0xA5);
+    for (size_t k = bytes + shift; k < a.size(); k++) ASSERT_EQ(a[k], 0xA5) << g.name;
+    ASSERT_EQ(words(whole, 100), words(cut, 100)) << g.name;
+  }
+}
+
+TEST(Sequences, DoNotDependOnCuts) {
+  for (const Named& g : generators()) {
+    const tarn_brng_properties row = properties(make(g.brng, g.seeds));
+    expect_cuts_do_not_matter<uint32_t>(g, static_cast<size_t>(row.WordSize / 4),
+                                        [&](StreamPtr& s, int n, void* r) { row.iBRng(s.get(), n, r); });
+    expect_cuts_do_not_matter<double>(
+        g, 1, [&](StreamPtr& s, int n, void* r) { row.dBRng(s.get(), n, static_cast<double*>(r), -1.25, 3.5); });
+    expect_cuts_do_not_matter<float>(
+        g, 1, [&](StreamPtr& s, int n, void* r) { row.sBRng(s.get(), n, static_cast<float*>(r), -1.25f, 3.5f); });
+  }
+}
+
+// ---- Mapping
+
+TEST(Sequences, MapOfWordsToValues) {
+  const double a = -1.25, b = 3.5;
+  const float fa = -1.25f, fb = 3.5f;
+  const double two32 = std::ldexp(1.0, -32);
+  for (const Named& g : generators()) {
+    const std::string name = g.name;
+    auto i = make(g.brng, g.seeds), d = copy(i), s = copy(i);
+    const int n = 1003;
+    const auto w = words(i, n);
+    const auto x = doubles(d, n, a, b);
+    const auto y = singles(s, n, fa, fb);
+    const double inverse31 = 4.656612875245797e-10, inverse_m1 = 2.328306549837829e-10;
+    for (int k = 0; k < n; k++) {
+      double value;
+      float single;
+      if (name == "MCG31M1") {
+        value = w[k] * ((b - a) * inverse31) + a;
+        single = static_cast<float>(value);
+      } else if (name == "MCG59") {
+        value = static_cast<double>(static_cast<int64_t>(uint64_t{w[2 * k + 1]} << 32 | w[2 * k])) *
+                    ((b - a) * std::ldexp(1.0, -59)) +
+                a;
+        single = static_cast<float>(value);
+      } else if (name == "WH" || name == "OldWH") {
+        const int member = name == "WH" ? 100 : 272;
+        double sum = 0;
+        for (int c = 0; c < 4; c++) sum += w[4 * k + c] * (1.0 / __kest_WH_M[member][c]);
+        value = (sum - std::floor(sum)) * (b - a) + a;
+        single = static_cast<float>(value);
+      } else if (name == "MRG32K3A") {
+        value = w[k] * ((b - a) * inverse_m1) + a;
+        single = static_cast<float>(value);
+      } else if (name == "R250") {
+        value = w[k] * ((b - a) * two32) + a;
+        single = static_cast<float>(value);
+      } else if (name == "MT19937") {
+        value = w[k] * ((b - a) * two32) + a;
+        single = static_cast<float>(w[k]) * ((fb - fa) * 0x1p-32f) + fa;
+      } else if (name == "MT2203") {
+        const auto t = static_cast<int32_t>(w[k] - 0x80000000u);
+        value = t * ((b - a) * two32) + (a + b) * 0.5;
+        single = static_cast<float>(t) * static_cast<float>((b - a) * two32) + static_cast<float>((a + b) * 0.5);
+      } else if (name == "SFMT19937" || name == "PHILOX4X32X10" || name == "ARS5") {
+        const auto t = static_cast<int32_t>(w[k]);
+        value = t * ((b - a) * two32) + (a + b) * 0.5;
+        single = static_cast<float>(t) * static_cast<float>((b - a) * two32) + (fa + fb) * 0.5f;
+      } else { // quasi-random
+        const auto t = static_cast<int32_t>(w[k] >> 1);
+        value = t * ((b - a) * 0x1p-31) + a;
+        single = static_cast<float>(t) * static_cast<float>((b - a) * 0x1p-31) + fa;
+      }
+      ASSERT_EQ(x[k], value) << name << " " << k;
+      ASSERT_EQ(y[k], single) << name << " " << k;
+    }
+  }
+}
+
+// ---- Skip ahead
+
+TEST(Skip, EqualsRunning) {
+  std::mt19937 random(3);
+  for (const Named& g : generators()) {
+    for (int trial = 0; trial < 12; trial++) {
+      auto run = make(g.brng, g.seeds);
+      if (const int before = static_cast<int>(random() % 700)) words(run, before);
+      auto skip = copy(run);
+      const int count = static_cast<int>(random() % (trial < 6 ? 12 : 30000));
+      const int32_t status = __kestSkipAheadStream(skip.get(), count);
+      const bool none = g.brng == 0x200000 || (g.brng & 0xF00000) == 0x900000;
+      ASSERT_EQ(status, none ? -1003 : 0) << g.name;
+      if (!none && count > 0) words(run, count);
+      ASSERT_EQ(words(run, 700), words(skip, 700)) << g.name << " by " << count;
+    }
+  }
+}
+
+// Counts beyond running, as sums of parts: near 2^32, 2^63 and 2^64.
+TEST(Skip, LargeCountsCompose) {
+  for (const Named& g : generators()) {
+    const std::string name = g.name;
+    const bool quasi = name.find("Sobol") == 0 || name.find("Niederr") == 0;
+    const bool none = g.brng == 0x200000 || (g.brng & 0xF00000) == 0x900000;
+    if (quasi || none) continue;
+    for (uint64_t count : {uint64_t{0xFFFFFFFF}, uint64_t{1} << 32, (uint64_t{1} << 63) - 5, (uint64_t{1} << 63) + 3,
+                           ~uint64_t{0}, uint64_t{0x100000}, uint64_t{19968}, uint64_t{19967}}) {
+      auto once = make(g.brng, g.seeds);
+      words(once, 5);
+      auto parts = copy(once);
+      ASSERT_EQ(__kestSkipAheadStream(once.get(), static_cast<int64_t>(count)), 0);
+      const uint64_t first = count / 3, second = count / 2 - 1, third = count - first - second;
+      for (uint64_t part : {first, second, third})
+        ASSERT_EQ(__kestSkipAheadStream(parts.get(), static_cast<int64_t>(part)), 0);
+      ASSERT_EQ(words(once, 50), words(parts, 50)) << name << " by " << count;
+    }
+  }
+}
+
+TEST(Skip, LimbsEqualOneWordAndCompose) {
+  for (int32_t brng : {0x300000, 0xF00000, 0x1000000}) {
+    for (uint64_t count : {uint64_t{0}, uint64_t{1}, uint64_t{7}, ~uint64_t{0}}) {
+      auto one = make(brng, {1, 2, 3, 4, 5, 6}), limbs = copy(one);
+      words(one, 2), words(limbs, 2);
+      const uint64_t array[3] = {count, 0, 0};
+      ASSERT_EQ(__kestSkipAheadStream(one.get(), static_cast<int64_t>(count)), 0);
+      ASSERT_EQ(__kestSkipAheadStreamEx(limbs.get(), 3, array), 0);
+      ASSERT_EQ(words(one, 20), words(limbs, 20)) << std::hex << brng << " " << count;
+    }
+    // 2^64 = (2^64 - 1) + 1, and 2^128 - 1 = 2^127 + (2^127 - 1)
+    auto once = make(brng, {1, 2, 3, 4, 5, 6}), parts = copy(once);
+    const uint64_t two64[2] = {0, 1}, all[2] = {~uint64_t{0}, ~uint64_t{0}}, top[2] = {0, uint64_t{1} << 63},
+                   rest[2] = {~uint64_t{0}, ~uint64_t{0} >> 1};
+    ASSERT_EQ(__kestSkipAheadStreamEx(once.get(), 2, two64), 0);
+    ASSERT_EQ(__kestSkipAheadStream(parts.get(), -1), 0);
+    ASSERT_EQ(__kestSkipAheadStream(parts.get(), 1), 0);
+    ASSERT_EQ(words(once, 9), words(parts, 9));
+    ASSERT_EQ(__kestSkipAheadStreamEx(once.get(), 2, all), 0);
+    ASSERT_EQ(__kestSkipAheadStreamEx(parts.get(), 2, top), 0);
+    ASSERT_EQ(__kestSkipAheadStreamEx(parts.get(), 2, rest), 0);
+    ASSERT_EQ(words(once, 9), words(parts, 9));
+  }
+}
+
+TEST(Skip, MrgHelpersAgreeForAnyLength) {
+  std::mt19937_64 random(5);
+  const uint32_t m[2] = {0xFFFFFF2F, 0xFFFFA6BB};
+  const uint32_t row[2][3] = {{0, 1403580, m[0] - 810728}, {527612, 0, m[1] - 1370589}};
+  for (int half = 0; half < 2; half++)
+    for (int n = 1; n <= 3; n++) {
+      std::vector<uint64_t> limbs;
+      for (int k = 0; k < n; k++) limbs.push_back(random());
+      uint32_t v[3] = {1, 2, 3}, w[3] = {1, 2, 3}, u[3] = {1, 2, 3};
+      __kestiVect3PowArrayMod(v, row[half], m[half], n, limbs.data());
+      (half == 0 ? __kestiVect3PowArrayMod_M1 : __kestiVect3PowArrayMod_M2)(w, n, limbs.data(),
+                                                                            __kest_mrg32k3a_skipahead_table[half][0]);
+      EXPECT_TRUE(std::equal(v, v + 3, w)) << half << n;
+      if (n == 1) {
+        __kestiVect3PowMod(u, row[half], m[half], limbs[0]);
+        EXPECT_TRUE(std::equal(v, v + 3, u));
+      }
+    }
+  // A fifth limb that is zero still goes by the table; one that is not goes by squaring.
+  auto a = make(0x300000), b = copy(a);
+  const uint64_t padded[6] = {5, 6, 7, 0, 0, 0}, plain[3] = {5, 6, 7}, five[5] = {0, 0, 0, 0, 1};
+  __kestSkipAheadStreamEx(a.get(), 6, padded);
+  __kestSkipAheadStreamEx(b.get(), 3, plain);
+  EXPECT_EQ(words(a, 9), words(b, 9));
+  auto c = make(0x300000), d = copy(c);
+  EXPECT_EQ(__kestSkipAheadStreamEx(c.get(), 5, five), 0); // 2^256 = 2^192 sixty-four doublings: compare by squaring
+  const uint64_t half_way[4] = {0, 0, 0, uint64_t{1} << 63};
+  uint32_t x[3] = {1, 1, 1};
+  __kestiVect3PowArrayMod(x, row[0], m[0], 4, half_way);
+  __kestiVect3PowArrayMod(x, row[0], m[0], 4, half_way);
+  EXPECT_TRUE(std::equal(x, x + 3, state(c)));
+}
+
+// ---- Leapfrog
+
+TEST(Leapfrog, TakesEveryNth) {
+  for (int32_t brng : {0x100000, 0x400000, 0x500000 + 9}) {
+    for (int32_t nstreams : {1, 2, 3, 7}) {
+      auto all = make(brng, {321});
+      words(all, 3);
+      const size_t per = static_cast<size_t>(properties(all).WordSize / 4);
+      const auto base = copy(all);
+      const auto sequence = words(all, 400 * nstreams);
+      for (int32_t k = 0; k < nstreams + 2; k++) {
+        auto part = copy(base);
+        ASSERT_EQ(__kestLeapfrogStream(part.get(), k, nstreams), 0);
+        const auto got = words(part, 390);
+        for (size_t i = 0; i < 390 && k + i * nstreams < 400u * nstreams; i++)
+          for (size_t w = 0; w < per; w++) ASSERT_EQ(got[i * per + w], sequence[(k + i * nstreams) * per + w]);
+      }
+    }
+    auto stream = make(brng, {5});
+    ASSERT_EQ(__kestLeapfrogStream(stream.get(), 1, 3), 0);
+    auto skipped = copy(stream);
+    ASSERT_EQ(__kestSkipAheadStream(skipped.get(), 1), 0);
+    words(stream, 1);
+    EXPECT_EQ(words(stream, 40), words(skipped, 40)); // counts in outputs of the substream
+  }
+  auto mcg = make(0x100000, {5});
+  __kestLeapfrogStream(mcg.get(), 0, 3);
+  EXPECT_EQ(state(mcg)[1], __kestiPowMod2P31M1(1132489760, 3));
+}
+
+TEST(Leapfrog, StatusesOfEveryRow) {
+  for (const Named& g : generators()) {
+    auto stream = make(g.brng, g.seeds);
+    EXPECT_EQ(__kestLeapfrogStream(stream.get(), 0, -1), -1013) << g.name;
+    const int32_t row = g.brng < 0x100000 ? 4 : (g.brng >> 20) - 1;
+    const bool leaps = row == 0 || row == 3 || row == 4;
+    EXPECT_EQ(__kestLeapfrogStream(stream.get(), 0, 1), leaps ? 0 : -1002) << g.name;
+    const uint64_t limb = 0;
+    const bool limbs = row == 2 || row == 14 || row == 15;
+    EXPECT_EQ(__kestSkipAheadStreamEx(stream.get(), 1, &limb), limbs ? 0 : -1004) << g.name;
+    EXPECT_EQ(properties(stream).InitStream(4, stream.get(), 1, &limb), -2) << g.name;
+    EXPECT_EQ(properties(stream).InitStream(-1, stream.get(), 1, &limb), -2) << g.name;
+  }
+  auto trng = make(0xE00000);
+  const uint64_t one = 1;
+  EXPECT_EQ(__kestLeapfrogStream(trng.get(), 0, 1), -1002);
+  EXPECT_EQ(__kestSkipAheadStream(trng.get(), 1), -1003);
+  EXPECT_EQ(__kestSkipAheadStreamEx(trng.get(), 1, &one), -1004);
+  EXPECT_EQ(properties(trng).InitStream(9, trng.get(), 1, &one), -2);
+}
+
+// ---- Edges of single generators
+
+TEST(Mcg31m1, SeedsAndEmptyCalls) {
+  for (const std::vector<uint32_t>& seeds : {std::vector<uint32_t>{}, {0}, {0x7FFFFFFF}, {1, 99}})
+    EXPECT_EQ(words(make(0x100000, seeds), 1)[0], 1u);
+  auto stream = make(0x100000, {5});
+  uint32_t r[2] = {9, 9};
+  EXPECT_EQ(__kestiBRngMCG31M1(stream.get(), 0, r), 0);
+  EXPECT_EQ(r[0], 5u);
+  EXPECT_EQ(r[1], 9u);
+  EXPECT_EQ(words(stream, 1)[0], 5ull * 1132489760 % 2147483647);
+}
+
+TEST(Mcg59, Seeds) {
+  EXPECT_EQ(words(make(0x400000, {5, 0}), 9), words(make(0x400000, {5}), 9));
+  EXPECT_EQ(words(make(0x400000, {0, 1u << 27}), 9), words(make(0x400000, {1}), 9));
+  EXPECT_EQ(words(make(0x400000), 9), words(make(0x400000, {0}), 9));
+  auto stream = make(0x400000, {5});
+  uint64_t r = 77;
+  __kestiBRngMCG59(stream.get(), 0, &r);
+  EXPECT_EQ(r, 77u);
+  EXPECT_EQ(words(stream, 1)[0], 5u);
+}
+
+TEST(Wh, Seeds) {
+  EXPECT_EQ(words(make(4, {3, 4}), 9), words(make(0x500000, {3, 4}), 9));
+  EXPECT_EQ(words(make(0x500000, {16770647, 4}), 1), (std::vector<uint32_t>{1, 4, 1, 1}));
+  EXPECT_EQ(words(make(0x500000, {0, 4, 5, 6, 7}), 1), (std::vector<uint32_t>{1, 4, 5, 6}));
+  EXPECT_EQ(words(make(0x500000), 1), (std::vector<uint32_t>{1, 1, 1, 1}));
+  auto stream = make(0x500000, {3});
+  double r = 77;
+  __kestdBRngWH(stream.get(), 0, &r, 0, 1);
+  EXPECT_EQ(r, 77);
+}
+
+TEST(Mrg32k3a, Seeds) {
+  auto none = make(0x300000);
+  for (int k = 0; k < 6; k++) EXPECT_EQ(state(none)[k], 1u);
+  auto zeros = make(0x300000, {0, 0, 0, 0, 0, 0});
+  EXPECT_EQ(std::vector<uint32_t>(state(zeros), state(zeros) + 6), (std::vector<uint32_t>{1, 0, 0, 1, 0, 0}));
+  auto moduli = make(0x300000, {0xFFFFFF2F, 2, 3, 0xFFFFA6BB, 5, 6, 7});
+  EXPECT_EQ(std::vector<uint32_t>(state(moduli), state(moduli) + 6), (std::vector<uint32_t>{0, 2, 3, 0, 5, 6}));
+}
+
+TEST(R250, SeedsAndCuts) {
+  std::vector<uint32_t> seeds(260);
+  for (uint32_t k = 0; k < 260; k++) seeds[k] = k * 77 + 3;
+  auto stream = make(0x200000, seeds);
+  EXPECT_TRUE(std::equal(seeds.begin(), seeds.begin() + 250, state(stream)));
+  EXPECT_EQ(words(make(0x200000, {0}), 300), words(make(0x200000, {1}), 300));
+  EXPECT_EQ(words(make(0x200000), 300), words(make(0x200000, {1}), 300));
+  auto once = make(0x200000, {5}), twice = copy(once);
+  auto first = words(twice, 249);
+  const auto second = words(twice, 251);
+  first.insert(first.end(), second.begin(), second.end());
+  EXPECT_EQ(words(once, 500), first);
+  EXPECT_EQ(state(once)[250], 0u);
+  EXPECT_EQ(state(once)[251], 103u);
+}
+
+TEST(Mersenne, SeedOfNoWordsIsOne) {
+  for (int32_t brng : {0x800000, 0x900000, 0xD00000})
+    EXPECT_EQ(words(make(brng), 999), words(make(brng, {1}), 999)) << brng;
+  std::vector<uint32_t> many(700, 5), other = many;
+  other[699] = 6;
+  for (int32_t brng : {0x800000, 0x900000, 0xD00000})
+    EXPECT_NE(words(make(brng, many), 9), words(make(brng, other), 9));
+}
+
+TEST(Mersenne, Mt2203Members) {
+  EXPECT_NE(words(make(0x900000, {1}), 9), words(make(0x900000 + 6023, {1}), 9));
+  auto a = make(0x900000, {1}), b = make(0x900000 + 6023, {2});
+  ASSERT_EQ(__kestCopyStreamState(b.get(), a.get()), 0);
+  EXPECT_EQ(state(b)[70], 0xE8761D4Bu); // the parameters are left alone
+  EXPECT_TRUE(std::equal(state(a), state(a) + 70, state(b)));
+}
+
+TEST(Mersenne, SfmtCarry) {
+  auto stream = make(0xD00000, {3}), whole = copy(stream);
+  const auto expected = words(whole, 12);
+  words(stream, 5);
+  EXPECT_EQ(state(stream)[629], 3u); // carryCount
+  EXPECT_EQ(state(stream)[628], 0u);
+  EXPECT_EQ(state(stream)[624], 8u);
+  auto other = make(0xD00000, {9});
+  ASSERT_EQ(__kestCopyStreamState(other.get(), stream.get()), 0);
+  EXPECT_EQ(state(other)[629], 0u); // the carry is not copied
+  EXPECT_EQ(words(stream, 3), (std::vector<uint32_t>{expected[5], expected[6], expected[7]}));
+  EXPECT_EQ(state(stream)[624], 8u);
+  EXPECT_EQ(words(stream, 4), std::vector<uint32_t>(expected.begin() + 8, expected.end()));
+}
+
+TEST(Mersenne, PolynomialRemainders) {
+  uint64_t g[624];
+  ASSERT_EQ(__kestPolyRem(0, 19937, 135, nullptr, 624, g), 0);
+  EXPECT_EQ(g[0], 1u);
+  ASSERT_EQ(__kestPolyRem(1, 19937, 135, nullptr, 624, g), 0);
+  EXPECT_EQ(g[0], 2u);
+  EXPECT_EQ(g[623], 0u);
+  // t^3 + t + 1: t^7 = 1, t^10 = t^3 = t + 1. And t^2 + t + 1, t^65 + t^18 + 1 with gaps of 1 and 47.
+  const uint32_t cubic[] = {0, 1, 3}, square[] = {0, 1, 2};
+  uint64_t small[4];
+  ASSERT_EQ(__kestPolyRem(10, 3, 3, cubic, 1, small), 0);
+  EXPECT_EQ(small[0], 3u);
+  ASSERT_EQ(__kestPolyRem(5, 2, 3, square, 1, small), 0);
+  EXPECT_EQ(small[0], 3u);
+  const uint32_t long_one[] = {0, 18, 65};
+  ASSERT_EQ(__kestPolyRem(65, 65, 3, long_one, 3, small), 0);
+  EXPECT_EQ(small[0], (uint64_t{1} << 18) + 1);
+  EXPECT_EQ(small[1], 0u);
+  ASSERT_EQ(__kestPolyRem(130, 65, 3, long_one, 3, small), 0); // the square of it
+  EXPECT_EQ(small[0], (uint64_t{1} << 36) + 1);
+}
+
+TEST(Counter, LeftWordsAndCarries) {
+  for (int32_t brng : {0x1000000, 0xF00000}) {
+    const size_t left = brng == 0x1000000 ? 6 : 8;
+    auto stream = make(brng, {1, 2, 3});
+    const auto sequence = words(copy(stream), 16);
+    words(stream, 1);
+    EXPECT_EQ(state(stream)[left], 3u);
+    auto by4 = copy(stream);
+    const std::vector<uint32_t> before(state(stream), state(stream) + left);
+    __kestSkipAheadStream(stream.get(), 3);
+    EXPECT_EQ(state(stream)[left], 0u);
+    EXPECT_EQ(std::vector<uint32_t>(state(stream), state(stream) + left), before); // no block was made
+    __kestSkipAheadStream(by4.get(), 4);
+    EXPECT_EQ(state(by4)[left], 3u);
+    EXPECT_EQ(words(by4, 4), std::vector<uint32_t>(sequence.begin() + 5, sequence.begin() + 9));
+  }
+  auto wrap = make(0x1000000, {0, 0, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF});
+  words(wrap, 4);
+  for (int k = 2; k < 6; k++) EXPECT_EQ(state(wrap)[k], 0u);
+  EXPECT_EQ(words(wrap, 4), words(make(0x1000000), 4));
+  auto ars = make(0xF00000, {0, 0, 0, 0, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF});
+  words(ars, 4);
+  EXPECT_EQ(words(ars, 400), words(make(0xF00000), 400));
+}
+
+TEST(Trng, SeedsAndOutput) {
+  EXPECT_EQ(state(make(0xE00000))[1], 10u);
+  EXPECT_EQ(state(make(0xE00000, {0}))[1], 10u);
+  EXPECT_EQ(state(make(0xE00000, {7, 0}))[1], 10u);
+  EXPECT_EQ(state(make(0xE00000, {7, 5}))[1], 5u);
+  EXPECT_EQ(state(make(0xE00000, {7, 5}))[0], 0u);
+  auto stream = make(0xE00000);
+  uint32_t one;
+  if (!__kestCPUisRDRAND()) {
+    EXPECT_EQ(__kestiBRngTRNG(stream.get(), 1, &one), -1130);
+    GTEST_SKIP() << "no hardware random instruction";
+  }
+  const auto a = words(stream, 1001), b = words(stream, 1001);
+  ASSERT_EQ(a.size(), 1001u);
+  EXPECT_NE(a, b);
+  for (double x : doubles(stream, 1001, 2, 3)) {
+    EXPECT_GE(x, 2);
+    EXPECT_LE(x, 3);
+  }
+  for (float x : singles(stream, 7, 2, 3)) EXPECT_TRUE(x >= 2 && x <= 3);
+  // A value that comes on the last permitted attempt is lost: with no attempts allowed, every one.
+  state(stream)[1] = 0;
+  EXPECT_EQ(__kestiBRngTRNG(stream.get(), 1, &one), -1131);
+}
+
+}
