@@ -4,8 +4,7 @@
 // and hands back its status.
 #include "command/failure.h"
 #include "command/functions.h"
-#include "command/input.h"
-#include "command/output.h"
+#include "command/options.h"
 #include "command/subcommands.h"
 
 #include <algorithm>

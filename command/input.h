@@ -1,10 +1,9 @@
 // Reading tables of numbers: plain text, CSV, raw binary; from a file or from standard input.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tarn::command {
@@ -20,9 +19,6 @@ struct InputOptions {
   int64_t width = 0;                // values per row of binary input; 0: as many as the subcommand wants
   Real real = Real::Double;         // numbers are rounded once, to this type; binary values are of this type
 };
-
-// The options above, on a subcommand, all but `real`.
-void add_input_options(CLI::App& subcommand, InputOptions& options);
 
 struct Column {
   std::string name;           // the header's, or "" where there is none

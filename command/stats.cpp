@@ -2,6 +2,7 @@
 // by block through the library's continuation and its quantile sketch.
 #include "tarn/stats.h"
 #include "command/failure.h"
+#include "command/options.h"
 #include "command/output.h"
 #include "command/stats_pictures.h"
 #include "command/subcommands.h"

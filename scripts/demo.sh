@@ -59,7 +59,8 @@ printf '2\n0\n-1\n' >out/bad.txt
 show "tarn eval Ln out/bad.txt 2>&1"
 
 heading "5. The functions"
-show "tarn list"
+show "tarn list Ln"
+echo "tarn list alone shows all of them."
 
 gnuplot <<'GNUPLOT'
 set terminal svg size 1000,760 font "sans,13" background "white"

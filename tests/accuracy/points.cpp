@@ -104,7 +104,7 @@ template <class T> T Points<T>::partner(T first) {
 }
 
 template <class T> double Points<T>::scalar() {
-  const double simple[] = {0.5, 1.5, 2, 3, -1, -0.5, 1.0 / 3, 10};
+  const double simple[] = {0, 0.5, 1, 1.5, 2, 3, -1, -0.5, 1.0 / 3, 10};
   if (random() % 2) return static_cast<T>(simple[below(static_cast<int64_t>(std::size(simple)))]);
   const double size = std::exp2(uniform() * 10 - 5);
   return static_cast<T>(random() % 2 ? -size : size);
