@@ -262,7 +262,7 @@ template <class Real> std::vector<Real> rough_mean(const Dataset<Real>& set) {
       sum += Long(set.weight(i)) * set.at(j, i);
       W += set.weight(i);
     }
-    mean[j] = static_cast<Real>(sum / W + 0.002L * (1 + j % 3)); // off on purpose: the formulas are for any mean
+    mean[j] = static_cast<Real>(sum / W + 0.0005L * (1 + j % 3)); // off on purpose: the formulas are for any mean
   }
   return mean;
 }
