@@ -264,7 +264,7 @@ template <class Real> std::vector<Real> rough_mean(const Dataset<Real>& set) {
       sum += Long(set.weight(i)) * set.at(j, i);
       W += set.weight(i);
     }
-    mean[j] = static_cast<Real>(sum / W + 0.002L * (1 + j % 3)); // off on purpose: the formulas are for any mean
+    mean[j] = static_cast<Real>(sum / W + 0.0005L * (1 + j % 3)); // off on purpose: the formulas are for any mean
   }
   return mean;
 }
@@ -286,7 +286,7 @@ void run(const Dataset<Real>& set, const Reference& reference, uint64_t method, 
   for (int b = 0; b < blocks; ++b) parts.push_back(set.part(set.n * b / blocks, set.n * (b + 1) / blocks));
   for (const Dataset<Real>& part : parts) {
     task.turn_to(part);
-    ASSERT_EQ(Api<Real>::basic(task.task, estimates, method, pthread_threader()), 0);
+    ASSERT_EQ(Api<Real>::basic(task.task, estimates, method, threads == 1 ? nullptr : pthread_threader()), 0);
   }
   if (user) {
     ASSERT_EQ(mean, users_mean);
@@ -342,14 +342,14 @@ TYPED_TEST(Basic, ThreadsAndBlocks) {
   struct Size {
     int64_t n, p;
   };
-  for (Size size : {Size{6000, 3}, Size{1200, 10}, Size{400, 40}, Size{150, 190}}) {
+  for (Size size : {Size{6000, 3}, Size{1200, 10}, Size{400, 40}, Size{120, 190}}) {
     for (bool by_rows : {true, false}) {
       for (Weights kind : {Weights::none, Weights::with_zeros}) {
         const Dataset<Real> set = random_dataset<Real>(size.n, size.p, by_rows, kind, size.p == 10, 7 + size.p);
         const std::vector<Real> mean = rough_mean(set);
         for (uint64_t method : {Fast, OnePass, UserMean}) {
           const Reference reference(set, method, mean);
-          for (int threads : {1, 2, 3, 7}) {
+          for (int threads : {1, 2, 7}) {
             for (int blocks : {1, 2, 5}) {
               if (size.p > 100 && blocks > 1 && threads % 2 == 1) continue;
               run<Real, Int>(set, reference, method, 0x1FE0033FF, blocks, threads, mean, blocks, false);
