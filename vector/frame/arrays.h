@@ -23,10 +23,10 @@ template <class T> struct Unit {
   T* base;
   using Element = typename WithoutConst<T>::type;
   static constexpr bool strided = false;
-  TARN_INLINE Element get(int32_t i) const { return TARN_ISA::get<Element>(base + i); }
-  TARN_INLINE void set(int32_t i, Element v) const { TARN_ISA::set<Element>(base + i, v); }
-  TARN_INLINE VectorOf<Element> vector(int32_t i) const { return load(base + i); }
-  TARN_INLINE void put(int32_t i, VectorOf<Element> v) const { store(base + i, v); }
+  TARN_INLINE Element get(int64_t i) const { return TARN_ISA::get<Element>(base + i); }
+  TARN_INLINE void set(int64_t i, Element v) const { TARN_ISA::set<Element>(base + i, v); }
+  TARN_INLINE VectorOf<Element> vector(int64_t i) const { return load(base + i); }
+  TARN_INLINE void put(int64_t i, VectorOf<Element> v) const { store(base + i, v); }
 };
 
 // Walks it with a stride, by scalar loads and stores.
@@ -35,15 +35,15 @@ template <class T> struct Strided {
   ptrdiff_t step;
   using Element = typename WithoutConst<T>::type;
   static constexpr bool strided = true;
-  TARN_INLINE Element get(int32_t i) const { return TARN_ISA::get<Element>(base + i * step); }
-  TARN_INLINE void set(int32_t i, Element v) const { TARN_ISA::set<Element>(base + i * step, v); }
-  TARN_INLINE VectorOf<Element> vector(int32_t i) const {
+  TARN_INLINE Element get(int64_t i) const { return TARN_ISA::get<Element>(base + i * step); }
+  TARN_INLINE void set(int64_t i, Element v) const { TARN_ISA::set<Element>(base + i * step, v); }
+  TARN_INLINE VectorOf<Element> vector(int64_t i) const {
     if constexpr (sizeof(T) == 8)
       return VectorOf<Element>{get(i), get(i + 1)};
     else
       return VectorOf<Element>{get(i), get(i + 1), get(i + 2), get(i + 3)};
   }
-  TARN_INLINE void put(int32_t i, VectorOf<Element> v) const {
+  TARN_INLINE void put(int64_t i, VectorOf<Element> v) const {
     for (int lane = 0; lane < Lanes<Element>::count; ++lane) set(i + lane, v[lane]);
   }
 };
@@ -58,6 +58,12 @@ template <class A, class R, class B = None, class Q = None> struct Arrays {
   using Element = typename A::Element;
   static constexpr bool two_inputs = !__is_same(B, None);
   static constexpr bool two_results = !__is_same(Q, None);
+};
+
+// What a kernel hands its loop.
+template <class F, class X> struct Call {
+  F f; // the formula, with the scalar arguments
+  X x;
 };
 
 }

@@ -60,14 +60,20 @@ static TARN_INLINE Float4 from_bits(Int4 v) { return (Float4)v; }
 static TARN_INLINE Int4 high_words(Double2 a, Double2 b) {
   return (Int4)_mm_shuffle_ps((Float4)a, (Float4)b, _MM_SHUFFLE(3, 1, 3, 1));
 }
+// x + offset < limit in wrapping signed arithmetic. Written as ~(x + offset) > ~limit, since the processor has only
+// this compare and the compiler would invert the result of another.
+static TARN_INLINE Int4 offset_less(Int4 x, uint32_t offset, uint32_t limit) {
+  return (Int4)(~offset - (UInt4)x) > (int32_t)~limit;
+}
 // One bit per 32-bit lane of a compare's result.
 static TARN_INLINE int lane_mask(Int4 compared) { return _mm_movemask_ps((Float4)compared); }
 
-// The low 16 bits of each 64-bit lane, as table indices.
-static TARN_INLINE unsigned low_word_0(Double2 v) { return (unsigned)_mm_extract_epi16((__m128i)v, 0); }
+// The low bits of each 64-bit lane, at least 16 of them, as table indices.
+static TARN_INLINE unsigned low_word_0(Double2 v) { return (unsigned)_mm_cvtsi128_si32((__m128i)v); }
 static TARN_INLINE unsigned low_word_1(Double2 v) { return (unsigned)_mm_extract_epi16((__m128i)v, 4); }
 // The low 16 bits of a 32-bit lane.
 template <int lane> static TARN_INLINE unsigned low_word(Float4 v) {
+  if constexpr (lane == 0) return (unsigned)_mm_cvtsi128_si32((__m128i)v);
   return (unsigned)_mm_extract_epi16((__m128i)v, 2 * lane);
 }
 

@@ -8,11 +8,13 @@ namespace tarn::TARN_ISA {
 
 template <int B> struct LightLoop {
   template <class F, class X>
-  static __attribute__((noinline)) void run(const F& f, const X& x, int32_t n, uint32_t, const char*) {
+  static __attribute__((noinline)) void run(const Call<F, X>& call, int64_t n, uint32_t, const char*) {
+    const F f = call.f;
+    const X x = call.x;
     using T = typename X::Element;
     constexpr int W = Lanes<T>::count;
-    int32_t i = 0;
-    const auto one = [&](int32_t k) {
+    int64_t i = 0;
+    const auto one = [=](int64_t k) {
       Group<T> g;
       g.a = splat((T)F::filler);
       g.a[0] = x.a.get(k);
@@ -24,7 +26,7 @@ template <int B> struct LightLoop {
     if constexpr (!X::two_results && !decltype(x.r)::strided) {
       const uintptr_t address = reinterpret_cast<uintptr_t>(x.r.base);
       if (n >= B && address % sizeof(T) == 0) {
-        for (; (address / sizeof(T) + static_cast<uint32_t>(i)) % W != 0; ++i) one(i);
+        for (; (address / sizeof(T) + static_cast<uint64_t>(i)) % W != 0; ++i) one(i);
         for (; n - i >= B; i += B)
 #pragma GCC unroll 16
           for (int v = 0; v < B; v += W) {

@@ -122,6 +122,9 @@ __attribute__((noinline, cold)) inline int vsexp_cout_rare(const float* a, float
 
 // What all classes of a precision share.
 struct dExp {
+  struct Prepared {
+    Double2 t, r; // x = n (ln 2)/N + r, with n in the low bits of t
+  };
   static constexpr double filler = 0.75;
   static TARN_INLINE Int4 gate(Int4 high) { return (high & 0x7FFFFFFF) > 0x4086232A; } // |x| from about 708.39 on
   static int rare(const double* x, double* y) { return vdexp_cout_rare(x, y); }
@@ -134,6 +137,9 @@ struct dExp {
 };
 
 struct sExp {
+  struct Prepared {
+    Float4 t, r; // x = n (ln 2)/N + r, with n in the low bits of t
+  };
   static constexpr float filler = 0.75f;
   static TARN_INLINE Int4 gate(Int4 x) { return (x & 0x7FFFFFFF) > 0x42AEAC4F; } // |x| above 87.3365402
   static int rare(const float* x, float* y) { return vsexp_cout_rare(x, y); }
@@ -145,23 +151,26 @@ struct sExp {
 };
 
 struct dExp_HA : dExp {
-  static TARN_INLINE Double2 fast(Double2 x) {
+  static TARN_INLINE Prepared prepare(Double2 x) {
     constexpr double K = 0x40571547652B82FE_d;  // 64/ln 2 = 92.33248261689366
     constexpr double L1 = 0x3F862E42FEFA0000_d; // (ln 2)/64 = L1 + L2; 0.010830424696223417
     constexpr double L2 = 0x3D1CF79ABC9E3B3A_d; // 2.572804622327669e-14
+    const Double2 t = x * K + shifter;
+    const Double2 n = t - shifter;
+    return {t, (x - n * L1) - n * L2};
+  }
+  static TARN_INLINE Double2 finish(Prepared z) {
     constexpr double c2 = 0x3FDFFFFFFFFFDB3B_d; // 0.4999999999994775
     constexpr double c3 = 0x3FC555555555653E_d; // 0.1666666666667797
     constexpr double c4 = 0x3FA555573F218B93_d; // 0.04166672368662385
     constexpr double c5 = 0x3F8111112D9F549B_d; // 0.00833333416441411
-    const Double2 t = x * K + shifter;
-    const Double2 n = t - shifter;
-    const Double2 row0 = load(data::exp2_64 + 2 * (low_word_0(t) & 63));
-    const Double2 row1 = load(data::exp2_64 + 2 * (low_word_1(t) & 63));
+    const Double2 row0 = load(data::exp2_64 + 2 * (low_word_0(z.t) & 63));
+    const Double2 row1 = load(data::exp2_64 + 2 * (low_word_1(z.t) & 63));
     const Double2 hi = low_lanes(row0, row1), lo = high_lanes(row0, row1);
-    const Double2 r = (x - n * L1) - n * L2;
+    const Double2 r = z.r;
     const Double2 p = r + r * r * (c2 + r * (c3 + r * (c4 + r * c5)));
     const Double2 y = hi + (lo + hi * p);
-    return from_bits(bits(y) + ((bits(t) & ~0x3FL) << 46));
+    return from_bits(bits(y) + ((bits(z.t) & ~0x3FL) << 46));
   }
 };
 TARN_CLAIM(dExp, HA, 0.53, -708.39, 708.39)
@@ -170,53 +179,58 @@ TARN_CLAIM(dExp, HA, 0.96, -745.2, -708.39)
 TARN_CLAIM(dExp, HA, 0.96, 708.39, 709.79)
 
 struct dExp_LA : dExp {
-  static TARN_INLINE Double2 fast(Double2 x) {
+  static TARN_INLINE Prepared prepare(Double2 x) {
     constexpr double K = 0x40971547652B82FE_d;  // 1024/ln 2 = 1477.3197218702985
     constexpr double L1 = 0x3F462E42FEC00000_d; // (ln 2)/1024 = L1 + L2; 0.0006769015431018488
     constexpr double L2 = 0x3D5D1CF79ABC9E3B_d; // 4.137227896298129e-13
-    constexpr double c2 = 0x3FE0000001EBFBE0_d; // 0.5000000035796539
-    constexpr double c3 = 0x3FC5555555555556_d; // 0.16666666666666669
     const Double2 k = x * K;
     const Double2 n = _mm_round_pd(k, _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
-    const Double2 t = k + shifter;
-    const Double2 T = pair(data::exp2_1024[low_word_0(t) & 1023], data::exp2_1024[low_word_1(t) & 1023]);
-    const Double2 r = (x - n * L1) - n * L2;
-    const Double2 P = 1.0 + r * (1.0 + r * (c2 + r * c3));
-    return from_bits(bits(T * P) + ((bits(t) & ~0x3FFL) << 42));
+    return {k + shifter, (x - n * L1) - n * L2};
+  }
+  static TARN_INLINE Double2 finish(Prepared z) {
+    constexpr double c2 = 0x3FE0000001EBFBE0_d; // 0.5000000035796539
+    constexpr double c3 = 0x3FC5555555555556_d; // 0.16666666666666669
+    const Double2 T = pair(data::exp2_1024[low_word_0(z.t) & 1023], data::exp2_1024[low_word_1(z.t) & 1023]);
+    const Double2 P = 1.0 + z.r * (1.0 + z.r * (c2 + z.r * c3));
+    return from_bits(bits(T * P) + ((bits(z.t) & ~0x3FFL) << 42));
   }
 };
 TARN_CLAIM(dExp, LA, 3.25, -745.2, 709.79)
 
 struct dExp_EP : dExp {
-  static TARN_INLINE Double2 fast(Double2 x) {
-    constexpr double K = 0x40671547652B82FE_d;  // 128/ln 2 = 184.6649652337873
-    constexpr double L = 0x3F762E42FEFA39EF_d;  // (ln 2)/128 = 0.0054152123481245725
-    constexpr double c2 = 0x3FDFFFFC2808F7E8_d; // 0.49999908361121337
+  static TARN_INLINE Prepared prepare(Double2 x) {
+    constexpr double K = 0x40671547652B82FE_d; // 128/ln 2 = 184.6649652337873
+    constexpr double L = 0x3F762E42FEFA39EF_d; // (ln 2)/128 = 0.0054152123481245725
     const Double2 t = x * K + shifter;
-    const Double2 n = t - shifter;
-    const Double2 T = pair(data::exp2_128[low_word_0(t) & 127], data::exp2_128[low_word_1(t) & 127]);
-    const Double2 r = x - n * L;
-    const Double2 P = 1.0 + r * (1.0 + r * c2);
-    return from_bits(bits(T * P) + ((bits(t) & ~0x7FL) << 45));
+    return {t, x - (t - shifter) * L};
+  }
+  static TARN_INLINE Double2 finish(Prepared z) {
+    constexpr double c2 = 0x3FDFFFFC2808F7E8_d; // 0.49999908361121337
+    const Double2 T = pair(data::exp2_128[low_word_0(z.t) & 127], data::exp2_128[low_word_1(z.t) & 127]);
+    const Double2 P = 1.0 + z.r * (1.0 + z.r * c2);
+    return from_bits(bits(T * P) + ((bits(z.t) & ~0x7FL) << 45));
   }
 };
 TARN_CLAIM(dExp, EP, 3.0e7, -745.2, 709.79)
 
 struct sExp_HA : sExp {
-  static TARN_INLINE Float4 fast(Float4 x) {
+  static TARN_INLINE Prepared prepare(Float4 x) {
     constexpr float K = 0x4338AA3B_s;  // 128/ln 2 = 184.664963
     constexpr float L1 = 0x3BB18000_s; // (ln 2)/128 = L1 + L2; 0.0054168701171875
     constexpr float L2 = 0xB5DE8083_s; // -1.6577690757912933e-06
     const Float4 t = x * K + shifterf;
     const Float4 n = t - shifterf;
+    return {t, (x - n * L1) - n * L2};
+  }
+  static TARN_INLINE Float4 finish(Prepared z) {
+    const Float4 t = z.t;
     // Rows of two floats, gathered pairwise.
     const Float4 rows01 = row_pair(low_word<0>(t) & 127, low_word<1>(t) & 127);
     const Float4 rows23 = row_pair(low_word<2>(t) & 127, low_word<3>(t) & 127);
     const Float4 hi = _mm_shuffle_ps(rows01, rows23, _MM_SHUFFLE(2, 0, 2, 0));
     const Float4 lo = _mm_shuffle_ps(rows01, rows23, _MM_SHUFFLE(3, 1, 3, 1));
     const Float4 scale = from_bits(((bits(t) + 0x3F80) << 16) & 0x7F800000); // 2^(the integer part of n/128)
-    const Float4 r = (x - n * L1) - n * L2;
-    const Float4 p = r + r * r * 0.5f;
+    const Float4 p = z.r + z.r * z.r * 0.5f;
     return scale * (hi + (lo + hi * p));
   }
 
@@ -229,35 +243,40 @@ private:
 TARN_CLAIM(sExp, HA, 0.57, -103.98, 88.73)
 
 struct sExp_LA : sExp {
-  static TARN_INLINE Float4 fast(Float4 x) {
+  static TARN_INLINE Prepared prepare(Float4 x) {
     constexpr float log2e = 0x3FB8AA3B_s;  // 1.44269502
     constexpr float ln2_hi = 0x3F317200_s; // ln 2 = hi + lo; 0.693145752
     constexpr float ln2_lo = 0x35BFBE8E_s; // 1.42860677e-06
-    constexpr float c1 = 0x3F7FFFFE_s;     // 0.999999881
-    constexpr float c2 = 0x3EFFFF34_s;     // 0.49999392
-    constexpr float c3 = 0x3E2AACAC_s;     // 0.166674316
-    constexpr float c4 = 0x3D2B8392_s;     // 0.0418735221
-    constexpr float c5 = 0x3C07D9FE_s;     // 0.00829171948
     const Float4 t = x * log2e + shifterf;
     const Float4 n = t - shifterf;
-    const Float4 r = (x - n * ln2_hi) - n * ln2_lo;
+    return {t, (x - n * ln2_hi) - n * ln2_lo};
+  }
+  static TARN_INLINE Float4 finish(Prepared z) {
+    constexpr float c1 = 0x3F7FFFFE_s; // 0.999999881
+    constexpr float c2 = 0x3EFFFF34_s; // 0.49999392
+    constexpr float c3 = 0x3E2AACAC_s; // 0.166674316
+    constexpr float c4 = 0x3D2B8392_s; // 0.0418735221
+    constexpr float c5 = 0x3C07D9FE_s; // 0.00829171948
+    const Float4 r = z.r;
     const Float4 P = 1.0f + r * (c1 + r * (c2 + r * (c3 + r * (c4 + r * c5))));
-    return from_bits(bits(P) + (bits(t) << 23));
+    return from_bits(bits(P) + (bits(z.t) << 23));
   }
 };
 TARN_CLAIM(sExp, LA, 4.0, -103.98, 88.73)
 
 struct sExp_EP : sExp {
-  static TARN_INLINE Float4 fast(Float4 x) {
-    constexpr float log2e = 0x3FB8AA3B_s; // 1.44269502
-    constexpr float c1 = 0x3F317422_s;    // 0.693178296
-    constexpr float c2 = 0x3E77D66A_s;    // 0.242028862
-    constexpr float c3 = 0x3D63582B_s;    // 0.0555040054
+  static TARN_INLINE Prepared prepare(Float4 x) { // here r is the rest of x log2(e), not of x
+    constexpr float log2e = 0x3FB8AA3B_s;         // 1.44269502
     const Float4 y = x * log2e;
     const Float4 t = y + shifterf;
-    const Float4 f = y - (t - shifterf);
-    const Float4 P = 1.0f + f * (c1 + f * (c2 + f * c3)); // 2^f
-    return from_bits(bits(P) + (bits(t) << 23));
+    return {t, y - (t - shifterf)};
+  }
+  static TARN_INLINE Float4 finish(Prepared z) {
+    constexpr float c1 = 0x3F317422_s;                          // 0.693178296
+    constexpr float c2 = 0x3E77D66A_s;                          // 0.242028862
+    constexpr float c3 = 0x3D63582B_s;                          // 0.0555040054
+    const Float4 P = 1.0f + z.r * (c1 + z.r * (c2 + z.r * c3)); // 2^r
+    return from_bits(bits(P) + (bits(z.t) << 23));
   }
 };
 TARN_CLAIM(sExp, EP, 4096.0, -103.98, 88.73)

@@ -60,22 +60,18 @@ __attribute__((noinline, cold)) inline int vsln_cout_rare(const float* a, float*
 struct dLn {
   static constexpr double filler = 0.75;
   // Below the smallest normal number (with zeros and negatives), infinities and NaNs.
-  static TARN_INLINE Int4 gate(Int4 high) { return (Int4)((UInt4)high + 0x00100000u) < 0x00200000; }
+  static TARN_INLINE Int4 gate(Int4 high) { return offset_less(high, 0x00100000, 0x00200000); }
   static int rare(const double* x, double* y) { return vdln_cout_rare(x, y); }
 
   // x = 2^(E - 1023) * 1024 m with m in [2^-10, 2^-9); c, an integer from 512 to 1024, is next to 1/m.
-  struct Reduced {
-    Double2 r; // c m - 1, without error
-    Double2 c;
-    unsigned i, j; // the two values of c as integers
-  };
   static TARN_INLINE Double2 mantissa(Double2 x) {
     return from_bits((bits(x) & 0x000FFFFFFFFFFFFF) | 0x3F50000000000000);
   }
-  static TARN_INLINE Reduced reduce(Double2 m, Double2 t, Double2 c) {
+  // c m - 1 without error: m in two parts, whose products with ten bits are exact.
+  static TARN_INLINE Double2 reduce(Double2 m, Double2 c) {
     const Double2 mh = from_bits(bits(m) & (int64_t)0xFFFFFFFFFC000000);
     const Double2 ml = m - mh;
-    return {(c * mh - 1.0) + c * ml, c, low_word_0(t), low_word_1(t)};
+    return (c * mh - 1.0) + c * ml;
   }
   static TARN_INLINE Double2 biased_exponent(Double2 x) { return to_double((Int4)((ULong2)bits(x) >> 52)); }
   static TARN_INLINE Double2 series(Double2 r) { // ln(1 + r) - r
@@ -89,20 +85,25 @@ struct dLn {
 };
 
 struct dLn_HA : dLn {
-  static TARN_INLINE Double2 fast(Double2 x) {
-    constexpr double L1 = 0x3FE62E42FEFA0000_d; // ln 2 = L1 + L2; 0.6931471805582987
-    constexpr double L2 = 0x3D7CF79ABC9E0000_d; // 1.6465949582866463e-12
+  struct Prepared {
+    Double2 x, t, r; // c stands in the low bits of t
+  };
+  static TARN_INLINE Prepared prepare(Double2 x) {
     const Double2 m = mantissa(x);
     const Double2 t = reciprocal_estimate(m) + shifter;
-    const Reduced x0 = reduce(m, t, t - shifter);
-    const Double2 row0 = load(data::ln_1024_over_c + 2 * x0.i - 1024),
-                  row1 = load(data::ln_1024_over_c + 2 * x0.j - 1024);
-    const Double2 E = biased_exponent(x);
+    return {x, t, reduce(m, t - shifter)};
+  }
+  static TARN_INLINE Double2 finish(Prepared z) {
+    constexpr double L1 = 0x3FE62E42FEFA0000_d; // ln 2 = L1 + L2; 0.6931471805582987
+    constexpr double L2 = 0x3D7CF79ABC9E0000_d; // 1.6465949582866463e-12
+    const double* table = data::ln_1024_over_c;
+    const Double2 row0 = load(table + 2 * low_word_0(z.t) - 1024), row1 = load(table + 2 * low_word_1(z.t) - 1024);
+    const Double2 E = biased_exponent(z.x);
     const Double2 A = low_lanes(row0, row1) + E * L1;
     const Double2 B = high_lanes(row0, row1) + E * L2;
-    const Double2 s = x0.r + A;
-    const Double2 e = x0.r - (s - A);
-    return s + (series(x0.r) + (B + e));
+    const Double2 s = z.r + A;
+    const Double2 e = z.r - (s - A);
+    return s + (series(z.r) + (B + e));
   }
 };
 TARN_CLAIM(dLn, HA, 0.55, 2.2250738585072014e-308, 0.99)
@@ -113,17 +114,23 @@ TARN_CLAIM(dLn, HA, 0.55, 1.01, 1.8e308)
 TARN_CLAIM(dLn, HA, 1.05, 0, 2.225073858507201e-308)
 
 struct dLn_LA : dLn {
-  static TARN_INLINE Double2 fast(Double2 x) {
-    constexpr double ln2 = 0x3FE62E42FEFA39EF_d; // 0.6931471805599453
+  struct Prepared {
+    Double2 x, c, r;
+  };
+  static TARN_INLINE Prepared prepare(Double2 x) {
     const Double2 m = mantissa(x);
     const Double2 c = _mm_round_pd(reciprocal_estimate(m), _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
-    const Reduced x0 = reduce(m, c + shifter, c);
-    const Double2 T = pair(data::ln_1024_over_c_nearest[x0.i - 512], data::ln_1024_over_c_nearest[x0.j - 512]);
+    return {x, c, reduce(m, c)};
+  }
+  static TARN_INLINE Double2 finish(Prepared z) {
+    constexpr double ln2 = 0x3FE62E42FEFA39EF_d; // 0.6931471805599453
+    const Double2 t = z.c + shifter;
+    const double* table = data::ln_1024_over_c_nearest;
+    const Double2 T = pair(table[low_word_0(t) - 512], table[low_word_1(t) - 512]);
     // The mantissas up to about 1.414 count as above 1, the others as below: k is 0 on both sides of 1.
-    const Double2 above = (Double2)(c > 724.0);
-    const Double2 bias = select((Long2)above, splat(1023.0), splat(1022.0));
-    const Double2 k = biased_exponent(x) - bias;
-    return k * ln2 + (T + (x0.r + series(x0.r)));
+    const Double2 bias = 1022.0 + (Double2)((z.c > 724.0) & bits(splat(1.0)));
+    const Double2 k = biased_exponent(z.x) - bias;
+    return k * ln2 + (T + (z.r + series(z.r)));
   }
 };
 TARN_CLAIM(dLn, LA, 1.6, 0, 1.8e308)
@@ -163,84 +170,93 @@ struct dLn_EP {
     return (k * L + row[1]) + ((r - 0.5 * r * r) - minus);
   }
 
-  // Element i by itself, reported by itself; the last status goes to *status.
+  // Element i by itself, reported by itself; returns its status.
   template <class X>
-  static __attribute__((noinline)) void _lume_dLn_scalar(int32_t i, const X& x, int32_t* status, const char* name) {
+  static __attribute__((noinline)) int32_t _lume_dLn_scalar(int64_t i, const X& x, const char* name) {
     const double v = x.a.get(i);
     const uint64_t pattern = bits(v);
     double result;
-    *status = 0;
+    int32_t status = 0;
     if ((pattern & 0x7FF0000000000000) == 0x7FF0000000000000 && pattern != 0xFFF0000000000000) {
       result = v * 1.0; // +infinity, NaN
     } else if ((pattern & 0x7FFFFFFFFFFFFFFF) == 0) {
       result = from_bits((uint64_t)0xFFF0000000000000);
-      *status = 2;
+      status = 2;
     } else if (pattern >> 63) {
       result = from_bits((uint64_t)0xFFF8000000000000);
-      *status = 1;
+      status = 1;
     } else if (pattern < 0x0010000000000000) {
       result = normal(v * 0x1p52, 36.04365338911715); // 52 ln 2
     } else {
       result = normal(v, 0.0);
     }
     x.r.set(i, result);
-    if (*status) report_element(*status, i, x.a.base, x.a.base, x.r.base, x.r.base, name);
+    if (status) report_element(status, (int32_t)i, x.a.base, x.a.base, x.r.base, x.r.base, name);
+    return status;
   }
 
-  template <int B, class X> void loop(const X& x, int32_t n, uint32_t, const char* name) const {
-    int32_t i = 0, status;
+  template <int B, class X> void loop(const X& arrays, int64_t n, uint32_t, const char* name) const {
+    const X x = arrays;
+    int64_t i = 0;
     for (; n - i >= B; i += B) {
       const Double2 v = x.a.vector(i), w = x.a.vector(i + 2);
       const Int4 high = high_words(v, w);
       if (__builtin_expect(lane_mask(gate(high)) != 0, 0)) {
-        for (int32_t k = i; k < i + B; ++k) _lume_dLn_scalar(k, x, &status, name);
+        for (int64_t k = i; k < i + B; ++k) _lume_dLn_scalar(k, arrays, name);
         continue;
       }
       const Int4 slots = (Int4)((((UInt4)high & 0xFFC00u) + 0x400u) >> 10 & ~1u);
       x.r.put(i, fast(v, low_word<0>((Float4)slots), low_word<1>((Float4)slots)));
       x.r.put(i + 2, fast(w, low_word<2>((Float4)slots), low_word<3>((Float4)slots)));
     }
-    for (; i < n; ++i) _lume_dLn_scalar(i, x, &status, name);
+    for (; i < n; ++i) _lume_dLn_scalar(i, arrays, name);
   }
 };
 TARN_CLAIM(dLn, EP, 8.0e9, 0, 1.8e308)
 
 struct sLn {
   static constexpr float filler = 0.75f;
-  static TARN_INLINE Int4 gate(Int4 x) { return (Int4)((UInt4)x + 0x00800000u) < 0x01000000; }
+  static TARN_INLINE Int4 gate(Int4 x) { return offset_less(x, 0x00800000, 0x01000000); }
   static int rare(const float* x, float* y) { return vsln_cout_rare(x, y); }
 
   // x = 2^k (1 + r) with 1 + r in [2/3, 4/3).
-  struct Reduced {
+  struct Prepared {
     Float4 k, r;
   };
-  static TARN_INLINE Reduced reduce(Float4 x) {
+  static TARN_INLINE Prepared prepare(Float4 x) {
     const Int4 d = bits(x) - 0x3F2AAAAB; // the bits of 2/3
     return {to_float(d >> 23), from_bits((d & 0x007FFFFF) + 0x3F2AAAAB) - 1.0f};
   }
 };
 
 struct sLn_HA : sLn {
-  static TARN_INLINE Float4 fast(Float4 x) {
-    constexpr float p2 = 0xBF000000_s;  // -0.5
-    constexpr float p3 = 0x3EAAAA83_s;  // 0.333332151
-    constexpr float p4 = 0xBE7FFF78_s;  // -0.249997973
-    constexpr float p5 = 0x3E4CE814_s;  // 0.200104058
+  struct Prepared {
+    Float4 k, r, P; // P: the upper half of the polynomial
+  };
+  static TARN_INLINE Prepared prepare(Float4 x) {
     constexpr float p6 = 0xBE2ACEE6_s;  // -0.16680488
     constexpr float p7 = 0x3E0F6B8C_s;  // 0.140058696
     constexpr float p8 = 0xBDF9889E_s;  // -0.121842608
     constexpr float p9 = 0x3E0F335D_s;  // 0.139844373
     constexpr float p10 = 0xBE0402C8_s; // -0.12891686
+    const auto [k, r] = sLn::prepare(x);
+    return {k, r, p6 + r * (p7 + r * (p8 + r * (p9 + r * p10)))};
+  }
+  static TARN_INLINE Float4 finish(Prepared z) {
+    constexpr float p2 = 0xBF000000_s; // -0.5
+    constexpr float p3 = 0x3EAAAA83_s; // 0.333332151
+    constexpr float p4 = 0xBE7FFF78_s; // -0.249997973
+    constexpr float p5 = 0x3E4CE814_s; // 0.200104058
     constexpr float ln2_lo = 0x35BFBE8E_s, ln2_hi = 0x3F317200_s;
-    const auto [k, r] = reduce(x);
-    const Float4 P = p2 + r * (p3 + r * (p4 + r * (p5 + r * (p6 + r * (p7 + r * (p8 + r * (p9 + r * p10)))))));
+    const Float4 k = z.k, r = z.r;
+    const Float4 P = p2 + r * (p3 + r * (p4 + r * (p5 + r * z.P)));
     return ((r + r * r * P) + k * ln2_lo) + k * ln2_hi;
   }
 };
 TARN_CLAIM(sLn, HA, 1.0, 0, 3.5e38)
 
 struct sLn_LA : sLn {
-  static TARN_INLINE Float4 fast(Float4 x) {
+  static TARN_INLINE Float4 finish(Prepared z) {
     constexpr float p2 = 0xBF000000_s; // -0.5
     constexpr float p3 = 0x3EAAAEE7_s; // 0.333365649
     constexpr float p4 = 0xBE80061D_s; // -0.250046641
@@ -249,7 +265,7 @@ struct sLn_LA : sLn {
     constexpr float p7 = 0x3E2DB86B_s; // 0.169648811
     constexpr float p8 = 0xBE1B6A22_s; // -0.151772052
     constexpr float ln2 = 0x3F317218_s;
-    const auto [k, r] = reduce(x);
+    const Float4 k = z.k, r = z.r;
     const Float4 P = p2 + r * (p3 + r * (p4 + r * (p5 + r * (p6 + r * (p7 + r * p8)))));
     return (r + r * r * P) + k * ln2;
   }
@@ -257,13 +273,13 @@ struct sLn_LA : sLn {
 TARN_CLAIM(sLn, LA, 4.0, 0, 3.5e38)
 
 struct sLn_EP : sLn {
-  static TARN_INLINE Float4 fast(Float4 x) {
+  static TARN_INLINE Float4 finish(Prepared z) {
     constexpr float p2 = 0xBF000000_s; // -0.5
     constexpr float p3 = 0x3EAA7160_s; // 0.332896233
     constexpr float p4 = 0xBE88E8FE_s; // -0.267402589
     constexpr float p5 = 0x3E612933_s; // 0.219883725
     constexpr float ln2 = 0x3F317218_s;
-    const auto [k, r] = reduce(x);
+    const Float4 k = z.k, r = z.r;
     const Float4 P = p2 + r * (p3 + r * (p4 + r * p5));
     return (r + r * r * P) + k * ln2;
   }

@@ -12,8 +12,8 @@ namespace tarn::TARN_ISA {
 // What is common to both directions in double precision.
 struct CubeParts {
   Double2 t;
-  unsigned row0, row1; // 32 r + the index of C, for the two lanes
-  Long2 q;             // the quotient of the biased exponent by 3, 341 too large
+  Long2 row; // 32 r + the index of C
+  Long2 q;   // the quotient of the biased exponent by 3, 341 too large
 };
 static TARN_INLINE CubeParts cube_parts(Double2 x) {
   const Long2 pattern = bits(x) & INT64_MAX;
@@ -24,48 +24,56 @@ static TARN_INLINE CubeParts cube_parts(Double2 x) {
   const Long2 index = (Long2)((ULong2)mantissa >> 47) + (third << 5);
   const Double2 m = from_bits(mantissa | 0x3FF0000000000000);
   const Double2 C = from_bits((mantissa & 0x000F800000000000) | 0x3FF0400000000000); // 1.xxxxx1: plus 2^-6
-  const unsigned row0 = (unsigned)_mm_extract_epi16((__m128i)index, 0),
-                 row1 = (unsigned)_mm_extract_epi16((__m128i)index, 4);
+  const unsigned row0 = low_word_0((Double2)index), row1 = low_word_1((Double2)index);
   const Double2 reciprocal = pair(data::cbrt_reciprocal[row0 & 31], data::cbrt_reciprocal[row1 & 31]);
-  return {(m - C) * reciprocal, row0, row1, q};
+  return {(m - C) * reciprocal, index, q};
 }
 static TARN_INLINE Long2 sign_of(Double2 x) { return bits(x) & INT64_MIN; }
 
-// (1 + t)^(1/3) - 1
-static TARN_INLINE Double2 cbrt_series(Double2 t) {
-  constexpr double c5 = 0.03017832647462277, c6 = -0.023472031702484377;
-  constexpr double c7 = 0.019001168521058782, c8 = -0.015834307100882319;
-  return t * (1.0 / 3 + t * (-1.0 / 9 + t * (5.0 / 81 + t * (-10.0 / 243 + t * (c5 + t * (c6 + t * (c7 + t * c8)))))));
-}
-// (1 + t)^(-1/3) - 1, binomial; the first term left out is below 2^-60.
-static TARN_INLINE Double2 inverse_cbrt_series(Double2 t) {
-  return t * (-1.0 / 3 +
-              t * (2.0 / 9 +
-                   t * (-14.0 / 81 +
-                        t * (35.0 / 243 +
-                             t * (-91.0 / 729 + t * (728.0 / 6561 + t * (-1976.0 / 19683 + t * (5434.0 / 59049))))))));
-}
-
 enum class Root { cube, inverse };
+
+// (1 + t)^(1/3) - 1, or (1 + t)^(-1/3) - 1, by binomial series in two halves; the cube root's high terms are fitted.
+// What is left out is below 2^-57 of the root.
+template <Root root> static TARN_INLINE Double2 series_high(Double2 t) {
+  if constexpr (root == Root::cube)
+    return 0.03017832647462277 + t * (-0.023472031702484377 + t * (0.019001168521058782 + t * -0.015834307100882319));
+  else
+    return -91.0 / 729 + t * (728.0 / 6561 + t * (-1976.0 / 19683 + t * (5434.0 / 59049)));
+}
+template <Root root> static TARN_INLINE Double2 series(Double2 t, Double2 high) {
+  if constexpr (root == Root::cube)
+    return t * (1.0 / 3 + t * (-1.0 / 9 + t * (5.0 / 81 + t * (-10.0 / 243 + t * high))));
+  else
+    return t * (-1.0 / 3 + t * (2.0 / 9 + t * (-14.0 / 81 + t * (35.0 / 243 + t * high))));
+}
 
 template <Root root, bool two_parts> struct dCubeRoot {
   static constexpr double filler = 1;
 
-  static TARN_INLINE Double2 fast(Double2 x) {
+  struct Prepared {
+    Double2 t, high, scale; // the upper half of the series; 2^q with the sign of x
+    Long2 row;
+  };
+  static TARN_INLINE Prepared prepare(Double2 x) {
     const CubeParts p = cube_parts(x);
-    const Double2 P = root == Root::cube ? cbrt_series(p.t) : inverse_cbrt_series(p.t);
+    // An exponent field cannot be negative: for the inverse 2^-q goes in as the field of 2^(-q).
+    const Long2 field = root == Root::cube ? p.q + (1023 - 341) : (1023 + 341) - p.q;
+    return {p.t, series_high<root>(p.t), from_bits((field << 52) | sign_of(x)), p.row};
+  }
+  static TARN_INLINE Double2 finish(Prepared p) {
+    const Double2 P = series<root>(p.t, p.high);
     const double* table = root == Root::cube ? data::__lumedCbrtHATab : data::__lumedInvCbrtHATab;
-    const Double2 row0 = load(table + 2 * p.row0), row1 = load(table + 2 * p.row1);
+    const Double2 row0 = load(table + 2 * low_word_0((Double2)p.row)),
+                  row1 = load(table + 2 * low_word_1((Double2)p.row));
     const Double2 hi = low_lanes(row0, row1);
     Double2 y;
     if constexpr (two_parts)
       y = hi + (high_lanes(row0, row1) + hi * P);
     else
       y = hi + hi * P;
-    const Long2 power = (p.q - 341) << 52;
-    const Long2 scaled = root == Root::cube ? bits(y) + power : bits(y) - power;
-    return from_bits(scaled | sign_of(x));
+    return y * p.scale;
   }
+  static TARN_INLINE Double2 fast(Double2 x) { return finish(prepare(x)); }
   // Zeros, denormals, infinities, NaNs.
   static TARN_INLINE Int4 gate(Int4 high) {
     const Int4 field = high & 0x7FF00000;
@@ -99,8 +107,8 @@ TARN_CLAIM(dInvCbrt, LA, 1.1, -1.8e308, 1.8e308)
 
 struct CubePartsF {
   Float4 t;
-  unsigned row[4];
-  Int4 q; // the quotient of the biased exponent by 3
+  Int4 row; // 32 times the residue of the biased exponent by 3, and the index of C
+  Int4 q;   // the quotient; 127 = 3 * 42 + 1, so it is 42 too large, and the residue by 1
 };
 static TARN_INLINE CubePartsF cube_partsf(Float4 x) {
   const Int4 pattern = bits(x) & INT32_MAX;
@@ -113,10 +121,10 @@ static TARN_INLINE CubePartsF cube_partsf(Float4 x) {
   const Float4 m = from_bits(mantissa | 0x3F800000);
   const Float4 C = from_bits((mantissa & 0x007C0000) | 0x3F820000);
   const Float4 at = (Float4)index;
-  const unsigned row[4] = {low_word<0>(at), low_word<1>(at), low_word<2>(at), low_word<3>(at)};
-  const Float4 reciprocal = {data::cbrt_reciprocalf[row[0] & 31], data::cbrt_reciprocalf[row[1] & 31],
-                             data::cbrt_reciprocalf[row[2] & 31], data::cbrt_reciprocalf[row[3] & 31]};
-  return {(m - C) * reciprocal, {row[0], row[1], row[2], row[3]}, q};
+  const float* table = data::cbrt_reciprocalf;
+  const Float4 reciprocal = {table[low_word<0>(at) & 31], table[low_word<1>(at) & 31], table[low_word<2>(at) & 31],
+                             table[low_word<3>(at) & 31]};
+  return {(m - C) * reciprocal, index, q};
 }
 
 enum class Precision { high, low, ep };
@@ -125,33 +133,41 @@ template <Root root, Precision precision> struct sCubeRoot {
   static constexpr float filler = 1;
   static constexpr bool cube = root == Root::cube;
 
-  static TARN_INLINE Float4 series(Float4 t) {
+  static TARN_INLINE Float4 polynomial(Float4 t) {
     if constexpr (precision == Precision::ep)
       return cube ? t * (1.0f / 3 + t * (-1.0f / 9)) : t * (-1.0f / 3 + t * (2.0f / 9));
     else
       return cube ? t * (1.0f / 3 + t * (-1.0f / 9 + t * (5.0f / 81 + t * (-10.0f / 243))))
                   : t * (-1.0f / 3 + t * (2.0f / 9 + t * (-14.0f / 81 + t * (35.0f / 243))));
   }
-  static TARN_INLINE Float4 fast(Float4 x) {
+  struct Prepared {
+    Float4 t, scale; // 2^q with the sign of x
+    Int4 row;
+  };
+  static TARN_INLINE Prepared prepare(Float4 x) {
     const CubePartsF p = cube_partsf(x);
+    const Int4 field = cube ? p.q + (127 - 42) : (127 + 42) - p.q;
+    return {p.t, from_bits((field << 23) | (bits(x) & INT32_MIN)), p.row};
+  }
+  static TARN_INLINE Float4 fast(Float4 x) { return finish(prepare(x)); }
+  static TARN_INLINE Float4 finish(Prepared p) {
+    const Float4 at = (Float4)p.row;
+    const unsigned row[4] = {low_word<0>(at), low_word<1>(at), low_word<2>(at), low_word<3>(at)};
     const float* table = cube ? data::cbrt_tablef : data::inverse_cbrt_tablef;
     const auto pairs = [&](int i, int j) {
-      const Double2 low = _mm_load_sd((const double*)(table + 2 * p.row[i]));
-      return (Float4)_mm_loadh_pd(low, (const double*)(table + 2 * p.row[j]));
+      const Double2 low = _mm_load_sd((const double*)(table + 2 * row[i]));
+      return (Float4)_mm_loadh_pd(low, (const double*)(table + 2 * row[j]));
     };
     const Float4 rows01 = pairs(0, 1), rows23 = pairs(2, 3);
     const Float4 hi = _mm_shuffle_ps(rows01, rows23, _MM_SHUFFLE(2, 0, 2, 0));
     Float4 y;
     if constexpr (precision == Precision::high) {
       const Float4 lo = _mm_shuffle_ps(rows01, rows23, _MM_SHUFFLE(3, 1, 3, 1));
-      y = hi + (lo + hi * series(p.t));
+      y = hi + (lo + hi * polynomial(p.t));
     } else {
-      y = hi + hi * series(p.t);
+      y = hi + hi * polynomial(p.t);
     }
-    // 127 = 3 * 42 + 1, and the third residue 1 of the table is that of exponent 0.
-    const Int4 power = (p.q - 42) << 23;
-    const Int4 scaled = cube ? bits(y) + power : bits(y) - power;
-    return from_bits(scaled | (bits(x) & INT32_MIN));
+    return y * p.scale;
   }
   static TARN_INLINE Int4 gate(Int4 x) {
     const Int4 field = x & 0x7F800000;

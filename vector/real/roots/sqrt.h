@@ -98,33 +98,35 @@ struct dSqrt {
   static int rare(const double* x, double* r) { return vdsqrt_cout_rare(x, r); }
 };
 struct dSqrt_HA : dSqrt {
-  static TARN_INLINE Double2 fast(Double2 x) {
+  struct Prepared {
+    Double2 head, tail, e; // v y0 in two exact parts, so that the root is rounded once
+    Long2 exponent;
+  };
+  static TARN_INLINE Prepared prepare(Double2 x) {
     const RootScaled z = root_scaled(x);
     const Double2 y = inverse_sqrt_estimate(z.v), y2 = y * y;
     const Halves v = halves(z.v);
-    const Double2 e = (1.0 - v.high * y2) - v.low * y2;
-    // x y0 in two exact parts as well: the sum is rounded once.
-    const Double2 head = v.high * y, tail = v.low * y;
-    return times_root(head + (tail + (head + tail) * root_series4(e)), z.exponent);
+    return {v.high * y, v.low * y, (1.0 - v.high * y2) - v.low * y2, z.exponent};
+  }
+  static TARN_INLINE Double2 finish(Prepared z) {
+    return times_root(z.head + (z.tail + (z.head + z.tail) * root_series4(z.e)), z.exponent);
   }
 };
 struct dSqrt_LA : dSqrt {
-  static TARN_INLINE Double2 fast(Double2 x) {
+  struct Prepared {
+    Double2 s, e;
+    Long2 exponent;
+  };
+  static TARN_INLINE Prepared prepare(Double2 x) {
     const RootScaled z = root_scaled(x);
     const Double2 y = inverse_sqrt_estimate(z.v);
     const Double2 s = z.v * y;
-    const Double2 e = 1.0 - s * y;
-    return times_root(s + s * root_series4(e), z.exponent);
+    return {s, 1.0 - s * y, z.exponent};
   }
+  static TARN_INLINE Double2 finish(Prepared z) { return times_root(z.s + z.s * root_series4(z.e), z.exponent); }
 };
-struct dSqrt_EP : dSqrt {
-  static TARN_INLINE Double2 fast(Double2 x) {
-    const RootScaled z = root_scaled(x);
-    const Double2 y = inverse_sqrt_estimate(z.v);
-    const Double2 s = z.v * y;
-    const Double2 e = 1.0 - s * y;
-    return times_root(s * root_factor2(e), z.exponent);
-  }
+struct dSqrt_EP : dSqrt_LA {
+  static TARN_INLINE Double2 finish(Prepared z) { return times_root(z.s * root_factor2(z.e), z.exponent); }
 };
 TARN_CLAIM(dSqrt, HA, 0.54, 0, 1.8e308)
 TARN_CLAIM(dSqrt, LA, 1.6, 0, 1.8e308)
@@ -132,12 +134,17 @@ TARN_CLAIM(dSqrt, EP, 3.0e5, 0, 1.8e308)
 
 // Arguments that the fast formula takes, but for a power of four.
 template <class F> static inline double scaled_root(double x, double up, double down) {
-  return F::fast(splat(x * up))[0] * down;
+  return F::finish(F::prepare(splat(x * up)))[0] * down;
 }
 
 struct dInvSqrt {
+  struct Prepared {
+    Double2 y, e;
+    Long2 exponent;
+  };
+  static TARN_INLINE Double2 finish(Prepared z) { return over_root(z.y + z.y * root_series4(z.e), z.exponent); }
   static constexpr double filler = 1;
-  static TARN_INLINE Int4 gate(Int4 high) { return (Int4)((UInt4)high + 0x00100000u) < 0x00200000; }
+  static TARN_INLINE Int4 gate(Int4 high) { return offset_less(high, 0x00100000, 0x00200000); }
   template <class F> static __attribute__((noinline, cold)) int rare_of(const double* px, double* r) {
     const double x = *px;
     if (x <= 0) return root_of_nonpositive(x, r, 1.0 / x, 2);
@@ -149,21 +156,19 @@ struct dInvSqrt {
   }
 };
 struct dInvSqrt_HA : dInvSqrt {
-  static TARN_INLINE Double2 fast(Double2 x) {
+  static TARN_INLINE Prepared prepare(Double2 x) {
     const RootScaled z = root_scaled(x);
     const Double2 y = inverse_sqrt_estimate(z.v), y2 = y * y;
     const Halves v = halves(z.v);
-    const Double2 e = (1.0 - v.high * y2) - v.low * y2;
-    return over_root(y + y * root_series4(e), z.exponent);
+    return {y, (1.0 - v.high * y2) - v.low * y2, z.exponent};
   }
   static int rare(const double* x, double* r) { return rare_of<dInvSqrt_HA>(x, r); }
 };
 struct dInvSqrt_LA : dInvSqrt {
-  static TARN_INLINE Double2 fast(Double2 x) {
+  static TARN_INLINE Prepared prepare(Double2 x) {
     const RootScaled z = root_scaled(x);
     const Double2 y = inverse_sqrt_estimate(z.v);
-    const Double2 e = 1.0 - (z.v * y) * y;
-    return over_root(y + y * root_series4(e), z.exponent);
+    return {y, 1.0 - (z.v * y) * y, z.exponent};
   }
   static int rare(const double* x, double* r) { return rare_of<dInvSqrt_LA>(x, r); }
 };
@@ -181,7 +186,7 @@ __attribute__((noinline, cold)) inline int vssqrt_cout_rare(const float* a, floa
 
 struct sSqrt {
   static constexpr float filler = 1;
-  static TARN_INLINE Int4 gate(Int4 x) { return (Int4)((UInt4)x + 0x00800000u) < 0x01000000; }
+  static TARN_INLINE Int4 gate(Int4 x) { return offset_less(x, 0x00800000, 0x01000000); }
   static int rare(const float* x, float* r) { return vssqrt_cout_rare(x, r); }
 
   // x = 4^k v with v in [1/2, 2), in the exponent field as above.
