@@ -122,6 +122,8 @@ void print(Record& record, std::ofstream& results) {
 
 }
 
+bool quick() { return settings.quick; }
+
 bool wanted(const std::string& name) {
   return settings.filter.empty() || std::regex_search(name, std::regex(settings.filter));
 }
