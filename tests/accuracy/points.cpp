@@ -18,6 +18,11 @@ template <class T> constexpr int exponents = std::numeric_limits<T>::max_exponen
 
 }
 
+template <class T>
+Points<T>::Points(uint64_t seed, double from, double to) : random(seed), low(clamp(from)), high(clamp(to)) {
+  exponent_count = below(2 * exponents<T>); // a short stream of points sees another part of them than the next one
+}
+
 template <class T> double Points<T>::clamp(double x) {
   const double most = std::numeric_limits<T>::max();
   return std::clamp(x, -most, most);

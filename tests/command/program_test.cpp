@@ -116,6 +116,7 @@ TEST_F(Program, MissingCellsStayMissing) {
   EXPECT_EQ(tarn("eval Ln --column Ozone air.csv").out, "3.713572066704308\nNA\nNA\n0\n");
   EXPECT_EQ(tarn("eval Ln --column Ozone --to csv air.csv").out,
             "Ozone,Ln(Ozone)\n41,3.713572066704308\nNA,NA\nNA,NA\n1,0\n");
+  EXPECT_EQ(tarn("eval Ln", "NA NA").out, "NA\nNA\n");
 }
 
 TEST_F(Program, EveryShape) {
