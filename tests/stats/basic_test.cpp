@@ -667,7 +667,11 @@ TEST(BasicOnePass, MeanFarFromZero) {
 TYPED_TEST(Basic, AllocationFailures) {
   using Real = typename TypeParam::Real;
   using Int = typename TypeParam::Int;
-  __lumeGetMode(); // correlations use a vector kernel; without memory for its thread's mode cell the process ends
+  // Correlations use a vector kernel; without memory for the cells of its thread the process would end.
+  __lumeGetMode();
+  __lumeClearErrStatus();
+  __lumeClearErrorCallBack();
+  __lumeSetInterfInputVectorPointer(nullptr);
   for (uint64_t method : {Fast, OnePass, UserMean, FromSums}) {
     for (int shift : {0, 1}) {
       const Dataset<Real> set = random_dataset<Real>(2000, 8, false, Weights::positive, false, 5);
