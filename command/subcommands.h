@@ -8,5 +8,6 @@ namespace tarn::command {
 
 void add_eval(CLI::App& program);
 void add_list(CLI::App& program);
+void add_random(CLI::App& program);
 
 }
