@@ -35,6 +35,9 @@ void compare(const Comparison& comparison);
 // Whether a comparison of that name is asked for; spares setting it up.
 bool wanted(const std::string& name);
 
+// Whether only a look is asked for (--quick): leave out what takes long.
+bool quick();
+
 // The main function of a benchmark program: reads the options, calls `all` once a pass, which calls compare() for each
 // comparison, and prints the tables.
 //   --filter REGEX     only comparisons whose name matches

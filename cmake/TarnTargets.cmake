@@ -25,7 +25,7 @@ target_include_directories(tarn_objects PUBLIC ${PROJECT_SOURCE_DIR}/include PRI
 target_link_libraries(tarn_objects PRIVATE tarn_warnings)
 # Arithmetic on bit patterns wraps on purpose. The instruction set is stated last, so that a distributor's -march or -mavx cannot widen it.
 target_compile_options(tarn_objects PRIVATE
-  -fno-exceptions -fno-rtti -fno-threadsafe-statics -ffp-contract=off -fno-math-errno -fno-fast-math -fwrapv
+  -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-fast-math -ffp-contract=off -fno-math-errno -fwrapv
   $<$<CXX_COMPILER_ID:GNU>:-fno-ipa-icf> -march=x86-64 -mno-avx -mno-ssse3 -msse3)
 
 function(tarn_sources)
@@ -42,7 +42,24 @@ function(tarn_sources)
       set(isa -DTARN_ISA=sse3)
     endif()
     set_source_files_properties(${path} TARGET_DIRECTORY tarn_objects PROPERTIES COMPILE_OPTIONS "${isa}")
+    set_property(GLOBAL APPEND PROPERTY TARN_SOURCES ${path})
+    set_property(GLOBAL PROPERTY TARN_ISA_${path} "${isa}")
   endforeach()
+endfunction()
+
+# The service layer and the vector room once more, as an archive built with further options: for the tests of bits.
+function(tarn_kernels_at_level target)
+  get_property(sources GLOBAL PROPERTY TARN_SOURCES)
+  list(FILTER sources INCLUDE REGEX "^${PROJECT_SOURCE_DIR}/(service|vector)/")
+  list(FILTER sources EXCLUDE REGEX "linear_algebra")
+  foreach(path IN LISTS sources)
+    get_property(isa GLOBAL PROPERTY TARN_ISA_${path})
+    set_source_files_properties(${path} PROPERTIES COMPILE_OPTIONS "${isa}")
+  endforeach()
+  add_library(${target} STATIC ${sources})
+  get_target_property(options tarn_objects COMPILE_OPTIONS)
+  target_compile_options(${target} PRIVATE ${options} ${ARGN})
+  target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR}/include PRIVATE ${PROJECT_SOURCE_DIR})
 endfunction()
 
 function(tarn_exports file)
@@ -78,6 +95,13 @@ function(tarn_link_libraries)
   if(NOT TARN_SANITIZE) # whose run time stands in the program, not in the library
     target_link_options(tarn PRIVATE -Wl,-z,defs)
   endif()
+  # Linear algebra comes from the serial build of OpenBLAS. Builds with threads bear the same name, so the library
+  # carries the way to the serial one.
+  find_package(OpenBLASSerial REQUIRED)
+  target_link_libraries(tarn PRIVATE ${OpenBLASSerial_LIBRARY})
+  target_link_libraries(tarn_static INTERFACE ${OpenBLASSerial_LIBRARY})
+  set_target_properties(tarn PROPERTIES BUILD_RPATH ${OpenBLASSerial_DIRECTORY}
+    INSTALL_RPATH ${OpenBLASSerial_DIRECTORY})
   add_library(Tarn::tarn ALIAS tarn)
   add_library(Tarn::static ALIAS tarn_static)
 endfunction()

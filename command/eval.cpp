@@ -4,8 +4,7 @@
 // and hands back its status.
 #include "command/failure.h"
 #include "command/functions.h"
-#include "command/input.h"
-#include "command/output.h"
+#include "command/options.h"
 #include "command/subcommands.h"
 
 #include <algorithm>
@@ -190,7 +189,8 @@ public:
     const auto n = static_cast<int32_t>(rows.size());
     cut = slices(n, function.costs[slot], threads, static_cast<size_t>(options.reports));
     const auto count = static_cast<int64_t>(cut.size());
-#pragma omp parallel for schedule(dynamic, 1) num_threads(static_cast <int>(std::min <int64_t>(threads, count)))
+    const auto team = static_cast<int>(std::clamp<int64_t>(count, 1, threads));
+#pragma omp parallel for schedule(dynamic, 1) num_threads(team)
     for (int64_t i = 0; i < count; ++i) run_slice(cut[static_cast<size_t>(i)], function.kernels[slot]);
     for (const Slice& slice : cut)
       if (slice.status) tarn_lume_kernel_SetErrStatus(slice.status);

@@ -180,8 +180,9 @@ std::vector<size_t> locate(const InputOptions& options, const Cells& names, bool
   if (wanted && width != static_cast<size_t>(wanted)) {
     std::string list;
     for (std::string_view name : names) list += (list.empty() ? ": " : ", ") + std::string(name);
-    throw Failure(source + " has " + std::to_string(width) + " columns where " + std::to_string(wanted) +
-                  (wanted == 1 ? " is" : " are") + " needed; choose with --column" + (have_names ? list : ""));
+    throw Failure(source + " has " + std::to_string(width) + (width == 1 ? " column" : " columns") + " where " +
+                  std::to_string(wanted) + (wanted == 1 ? " is" : " are") + " needed; choose with --column" +
+                  (have_names ? list : ""));
   }
   for (size_t i = 0; i < width; ++i) places.push_back(i);
   return places;
@@ -317,28 +318,9 @@ bool parse_number(std::string_view text, Real real, double& value) {
   return real == Real::Single ? parse_as<float>(text, negative, value) : parse_as<double>(text, negative, value);
 }
 
-void add_input_options(CLI::App& subcommand, InputOptions& options) {
-  subcommand.add_option("file", options.path, "Where the numbers are; - or nothing: standard input");
-  subcommand
-      .add_option("--from", options.format,
-                  "Input format: text (numbers between blanks, # comments), csv, binary (little-endian values of the "
-                  "type). auto: by the file's name (.csv .tsv .bin .f64 .f32), else by its first line")
-      ->check(CLI::IsMember({"auto", "text", "csv", "binary"}));
-  subcommand.add_option("--column", options.columns, "A column, by its header's name or its number from 1; repeatable")
-      ->allow_extra_args(false);
-  subcommand.add_option("--delimiter", options.delimiter, "What stands between CSV cells: one character, or tab")
-      ->check([](const std::string& text) {
-        return text == "tab" || (text.size() == 1 && text != "\"") ? "" : "one character other than a quote, or tab";
-      });
-  subcommand.add_option("--header", options.header, "Whether CSV starts with names: auto, yes, no")
-      ->check(CLI::IsMember({"auto", "yes", "no"}));
-  subcommand.add_option("--width", options.width, "Values per row of binary input")->check(CLI::Range(1, 1 << 20));
-}
-
-Table read_table(const InputOptions& options, int wanted) {
+Table parse_table(const std::string& content, const InputOptions& options, int wanted, const std::string& source) {
   Table table;
-  table.source = options.path == "-" ? "standard input" : options.path;
-  const std::string content = read_all(options, table.source);
+  table.source = source;
   const std::string format = format_of(options, content);
   if (format == "csv") {
     read_csv(table, content, options, wanted);
@@ -349,6 +331,11 @@ Table read_table(const InputOptions& options, int wanted) {
   }
   if (table.rows() == 0) throw Failure(table.source + " holds no numbers");
   return table;
+}
+
+Table read_table(const InputOptions& options, int wanted) {
+  const std::string source = options.path == "-" ? "standard input" : options.path;
+  return parse_table(read_all(options, source), options, wanted, source);
 }
 
 }

@@ -1,10 +1,9 @@
 // Reading tables of numbers: plain text, CSV, raw binary; from a file or from standard input.
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tarn::command {
@@ -20,9 +19,6 @@ struct InputOptions {
   int64_t width = 0;                // values per row of binary input; 0: as many as the subcommand wants
   Real real = Real::Double;         // numbers are rounded once, to this type; binary values are of this type
 };
-
-// The options above, on a subcommand, all but `real`.
-void add_input_options(CLI::App& subcommand, InputOptions& options);
 
 struct Column {
   std::string name;           // the header's, or "" where there is none
@@ -41,6 +37,9 @@ struct Table {
 // One wanted column and plain text with no column named: every number of the text, in order.
 // Throws Failure on anything that is not a table of numbers, on an unknown column and on input without a row.
 Table read_table(const InputOptions& options, int wanted);
+
+// The same from text that is at hand; `options.path` still tells the format where it is auto.
+Table parse_table(const std::string& content, const InputOptions& options, int wanted, const std::string& source);
 
 // A number as the input knows it: decimal, scientific or hexadecimal (0x1.8p3), inf, nan. False when the text is no
 // number or lies beyond the largest finite one of the type; a number too small for the type rounds as usual.

@@ -37,6 +37,7 @@ int run(int argc, char** argv) {
   tarn::command::add_eval(program);
   tarn::command::add_list(program);
   tarn::command::add_random(program);
+  tarn::command::add_stats(program);
 
   const bool named = argc > 1 && argv[1][0] != '-';
   try {

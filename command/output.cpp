@@ -117,12 +117,6 @@ void Output::commit() {
   doomed[0] = 0;
 }
 
-void add_output_options(CLI::App& subcommand, OutputOptions& options) {
-  subcommand.add_option("-o,--output", options.path, "File to write, whole or not at all; - : standard output");
-  subcommand.add_option("--to", options.format, "Output format: text, csv (with a header), binary")
-      ->check(CLI::IsMember({"text", "csv", "binary"}));
-}
-
 void append_number(std::string& text, double value, Real real) {
   if (std::isnan(value)) {
     text += "nan";

@@ -35,9 +35,6 @@ struct OutputOptions {
   std::string format = "text"; // text, csv, binary
 };
 
-// --output and --to, on a subcommand.
-void add_output_options(CLI::App& subcommand, OutputOptions& options);
-
 // Appends the shortest text that reads back to the same bits. A NaN is written nan, whatever its sign.
 void append_number(std::string& text, double value, Real real);
 

@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
-need_packages g++ cmake ninja-build libcli11-dev gnuplot-nox
+need_packages g++ cmake ninja-build libcli11-dev libopenblas-serial-dev gnuplot-nox
 
 cmake -S . -B build/demo -G Ninja -DCMAKE_BUILD_TYPE=Release -DTARN_BUILD_TESTS=OFF >/dev/null
 echo "Building (the first time takes a minute or two)"
@@ -58,8 +58,15 @@ heading "4. What cannot be computed is told, with its line"
 printf '2\n0\n-1\n' >out/bad.txt
 show "tarn eval Ln out/bad.txt 2>&1"
 
-heading "5. The functions"
-show "tarn list"
+heading "5. Summary statistics of the New York summer"
+echo "Gaps are counted, and left out of their variable; matrices take the complete days."
+show "tarn stats --column Ozone --column Solar.R --column Wind --column Temp --scatter out/air-quality.svg --histogram out/air-quality-histograms.svg data/air-quality-new-york-1973.csv"
+echo "The same in blocks of a kilobyte, as for a file larger than memory: moments agree, quantiles come from a sketch."
+show "tarn stats --column Ozone --column Temp --block 1000 --moments-only data/air-quality-new-york-1973.csv"
+
+heading "6. The functions"
+show "tarn list Ln"
+echo "tarn list alone shows all of them."
 
 gnuplot <<'GNUPLOT'
 set terminal svg size 1000,760 font "sans,13" background "white"
@@ -85,4 +92,4 @@ set ylabel "reading / trend"
 plot "out/co2-with-trend.txt" using 1:($2/$4) with lines notitle lc rgb "#228833"
 unset multiplot
 GNUPLOT
-heading "Picture: out/demo.svg"
+heading "Pictures: out/demo.svg, out/air-quality.svg, out/air-quality-histograms.svg"

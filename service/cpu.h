@@ -19,4 +19,7 @@ inline bool cpu_has_aes() { return cpuid(1).ecx >> 25 & 1; }
 inline bool cpu_has_rdrand() { return cpuid(1).ecx >> 30 & 1; }
 inline bool cpu_has_vector_aes() { return cpuid(0).eax >= 7 && (cpuid(7).ecx >> 9 & 1); }
 
+// Size of the last-level cache as the system reports it, 0 when it does not know. Asked once, then remembered.
+int64_t last_level_cache_bytes();
+
 }

@@ -2,7 +2,7 @@
 """Holds libtarn.so to what it promises about itself: the names it exports, the libraries it needs, the instructions
 its kernels use, and nothing to run at load time.
 
-usage: check_library.py LIBRARY VERSION_SCRIPT
+usage: check_library.py LIBRARY VERSION_SCRIPT LIST...     lists of the public names, one a line
 """
 import re
 import subprocess
@@ -32,13 +32,24 @@ def instructions(library):
             yield function, match[1]
 
 
-def main(library, version_script):
+def main(library, version_script, *lists):
     faults = []
+    public = {name for path in lists for name in open(path).read().split()}
     listed = set(re.findall(r"^\s+(\w+);", open(version_script).read(), re.M))
     exported = {line.split()[-1].split("@")[0] for line in run("nm", "-D", "--defined-only", library).splitlines()}
     exported.discard("TARN_0.1")
     faults += [f"exported but not listed: {name}" for name in sorted(exported - listed)]
     faults += [f"listed but not exported: {name}" for name in sorted(listed - exported)]
+
+    # Every exported name is one that programs are compiled against, or a kernel.
+    faults += [f"exported but not public: {name}" for name in sorted(exported - public) if not KERNEL.match(name)]
+    # What there is of a vector function is there as a whole: all entries and both tables of every type.
+    started = {m[1] for name in exported if (m := re.match(r"tarn_lume_kernel_([sdcz]\w+)_ttab$", name))}
+    for table in sorted(started):
+        la, ep = ("_21", "_11") if table[0] in "sc" else ("_50", "_26")
+        whole = {f"__lume{table}{suffix}" for suffix in (la, "_HA", "", ep)} | {f"tarn_lume_kernel_{table}_ctab"}
+        faults += [f"missing: {name}" for name in sorted(whole - exported)]
+        faults += [f"not a public name: {name}" for name in sorted(whole - public)]
 
     dynamic = run("readelf", "-dW", library)
     faults += [f"needs {name}" for name in re.findall(r"\(NEEDED\).*\[(.+)\]", dynamic) if not NEEDED.match(name)]
@@ -60,6 +71,9 @@ def main(library, version_script):
     faults += [f"{m} is beyond SSE3 in {f}, which is no Y8 kernel" for f, m in beyond.items()
                if not KERNEL.match(f) and "sse41" not in f]
 
+    for path in lists:
+        names = set(open(path).read().split())
+        print(f"{path.rpartition('/')[2]}: {len(names & exported)} of {len(names)} names exported")
     print(f"{len(exported)} exported names, {sum(1 for n in exported if KERNEL.match(n))} kernels")
     for fault in faults:
         print("FAULT", fault)

@@ -12,6 +12,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 #include <map>
 
 using namespace tarn;
@@ -65,31 +66,41 @@ void write(const std::string& path, const std::string& text) {
   output.commit();
 }
 
+std::string processor() {
+  std::ifstream info("/proc/cpuinfo");
+  for (std::string line; std::getline(info, line);)
+    if (line.starts_with("model name")) return line.substr(line.find(':') + 2);
+  return "an unknown processor";
+}
+
 // The page of the documentation.
 std::string page(const std::vector<Row>& rows, const Options& options) {
   std::string text =
       "# Accuracy of the vector functions\n\n"
-      "Made by `tests/accuracy` (`tools/measure_accuracy`); do not edit.\n\n"
+      "Made by `tools/measure_accuracy`; do not edit.\n\n"
       "Each kernel was compared with the exact value by MPFR: " +
       std::to_string(options.sweep.points) +
       " points a function and type (fewer where the\nexact value is slow), seed " + std::to_string(options.sweep.seed) +
-      ", spread over every exponent, over the range of the claim, and\ndense near the places where formulas change "
-      "and results vanish; then a search around the worst points\nfor still worse ones. Functions of one float marked "
-      "\"all\" were tried on every float there is.\n\n"
-      "An error is counted in units in the last place (ulp) of the exact result: 2^(e-52) for a double in\n"
-      "[2^e, 2^(e+1)), 2^(e-23) for a float, the smallest denormal for results below the normal range. The\n"
-      "claim is the bound that stands with the formula and that the tests hold. Bits are the correct leading bits\n"
-      "of the worst normal result. Where a class shares the kernel of another, the row of that kernel counts for "
-      "both.\n\n"
-      "| kernel | claim (ulp) | largest error (ulp) | at | mean (ulp) | bits | points "
-      "|\n|---|---|---|---|---|---|---|\n";
+      ", spread over every exponent, over the range of the claim, and dense near the\nplaces where formulas change "
+      "and results vanish; then a search around the worst points for still worse ones.\n" +
+      (options.sweep.exhaustive ? "Functions of one float were tried on every float there is.\n" : "") +
+      "Kernels that start from the processor's own estimates (rcpps, rsqrtps) give other bits, and so other "
+      "errors, on\nprocessors of other makers; these figures were taken on: " +
+      processor() +
+      ".\n\n"
+      "An error is counted in units in the last place (ulp) of the exact result: 2^(e-52) for a double in "
+      "[2^e, 2^(e+1)),\n2^(e-23) for a float, the smallest denormal for results below the normal range. The claim is "
+      "the "
+      "bound that stands\nwith the formula, over a range of the first argument, and that the tests hold. Bits are the "
+      "correct leading bits of the\nworst normal result. Where a class shares the kernel of another, the row of that "
+      "kernel counts for both.\n\n"
+      "| kernel | claim (ulp) | from | to | largest error (ulp) | at | mean (ulp) | bits | points |\n"
+      "|---|---|---|---|---|---|---|---|---|\n";
   for (const Row& row : rows) {
     const Finding& f = row.finding;
-    const bool all = options.sweep.exhaustive && row.function->type == 's' && row.function->inputs == 1 &&
-                     row.function->scalars == 0;
-    text += "| " + kernel_text(row) + " | " + number(f.claim.ulp) + " | " + ulp_text(f.max_ulp) + " | " +
-            argument_text(row) + " | " + ulp_text(f.mean_ulp) + " | " + bits_text(f) + " | " + (all ? "all " : "") +
-            std::to_string(f.points) + " |\n";
+    text += "| " + kernel_text(row) + " | " + number(f.claim.ulp) + " | " + number(f.claim.from) + " | " +
+            number(f.claim.to) + " | " + ulp_text(f.max_ulp) + " | " + argument_text(row) + " | " +
+            ulp_text(f.mean_ulp) + " | " + bits_text(f) + " | " + std::to_string(f.points) + " |\n";
   }
   return text;
 }

@@ -18,6 +18,11 @@ template <class T> constexpr int exponents = std::numeric_limits<T>::max_exponen
 
 }
 
+template <class T>
+Points<T>::Points(uint64_t seed, double from, double to) : random(seed), low(clamp(from)), high(clamp(to)) {
+  exponent_count = below(2 * exponents<T>); // a short stream of points sees another part of them than the next one
+}
+
 template <class T> double Points<T>::clamp(double x) {
   const double most = std::numeric_limits<T>::max();
   return std::clamp(x, -most, most);
@@ -104,7 +109,7 @@ template <class T> T Points<T>::partner(T first) {
 }
 
 template <class T> double Points<T>::scalar() {
-  const double simple[] = {0.5, 1.5, 2, 3, -1, -0.5, 1.0 / 3, 10};
+  const double simple[] = {0, 0.5, 1, 1.5, 2, 3, -1, -0.5, 1.0 / 3, 10};
   if (random() % 2) return static_cast<T>(simple[below(static_cast<int64_t>(std::size(simple)))]);
   const double size = std::exp2(uniform() * 10 - 5);
   return static_cast<T>(random() % 2 ? -size : size);

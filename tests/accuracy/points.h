@@ -11,7 +11,7 @@ namespace tarn::accuracy {
 template <class T> class Points {
 public:
   // `from` and `to` bound the claim's range; the stream of points depends on nothing but the arguments.
-  Points(uint64_t seed, double from, double to) : random(seed), low(clamp(from)), high(clamp(to)) {}
+  Points(uint64_t seed, double from, double to);
 
   T next();                            // a finite argument
   T partner(T first);                  // a second argument to go with the first

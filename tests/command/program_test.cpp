@@ -116,6 +116,23 @@ TEST_F(Program, MissingCellsStayMissing) {
   EXPECT_EQ(tarn("eval Ln --column Ozone air.csv").out, "3.713572066704308\nNA\nNA\n0\n");
   EXPECT_EQ(tarn("eval Ln --column Ozone --to csv air.csv").out,
             "Ozone,Ln(Ozone)\n41,3.713572066704308\nNA,NA\nNA,NA\n1,0\n");
+  EXPECT_EQ(tarn("eval Ln", "NA NA").out, "NA\nNA\n");
+}
+
+TEST_F(Program, EveryShape) {
+  EXPECT_EQ(tarn("eval Add", "1 2\n3 4").out, "3\n7\n");
+  EXPECT_EQ(tarn("eval Modf", "1.5 -2.25").out, "1\t0.5\n-2\t-0.25\n");
+  EXPECT_EQ(tarn("eval LinearFrac --scalar -2 --scalar 1 --scalar 1 --scalar 0x1p-1", "3 1.5\n0 0").out, "-2.5\n2\n");
+  write("two.csv", "x,y\n7,2\n,1\n1,0\n");
+  const Outcome csv = tarn("eval Div --column y --column x --to csv two.csv");
+  EXPECT_EQ(csv.out, "y,x,\"Div(y, x)\"\n2,7,0.2857142857142857\n1,NA,NA\n0,1,0\n");
+  const Outcome div = tarn("eval Div two.csv");
+  EXPECT_EQ(div.out, "3.5\nNA\ninf\n");
+  EXPECT_EQ(div.err, "tarn: two.csv, line 4: Div(1, 0): singularity; result inf\n");
+  EXPECT_EQ(tarn("eval Modf --to csv", "1.5").out, "a,Modf(a)[1],Modf(a)[2]\n1.5,1,0.5\n");
+  refuses("eval Add", "1 2 3\n", "standard input has 3 columns where 2 are needed; choose with --column");
+  refuses("eval Add", "1\n", "standard input has 1 column where 2 are needed; choose with --column");
+  refuses("eval LinearFrac --scalar 1", "1 2\n", "--scalar: 1 given, 4 needed");
 }
 
 TEST_F(Program, ReportsNameTheLine) {

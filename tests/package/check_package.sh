@@ -33,6 +33,15 @@ for program in c cpp; do
   echo "pkg-config: $program"
   LD_LIBRARY_PATH=$libdir "$work/$program"
 done
+
+# The first example that a reader meets.
+sed -n '/^```c$/,/^```$/p' "$consumer/../../../README.md" | sed '/^```/d' >"$work/readme.c"
+"$cc" -std=c11 -Wall -Wextra -pedantic -Werror "$work/readme.c" "${flags[@]}" -o "$work/readme"
+echo "README's example"
+LD_LIBRARY_PATH=$libdir "$work/readme" >"$work/readme.out"
+grep -q '^ln 2 = 0\.69314718055994' "$work/readme.out" && grep -q '^status 1$' "$work/readme.out" ||
+  { cat "$work/readme.out"; exit 1; }
+
 read -ra flags <<<"$(pkg-config --static --cflags --libs tarn)"
 "$cc" -std=c11 "$consumer/consumer.c" -Wl,-Bstatic "${flags[@]}" -Wl,-Bdynamic -o "$work/c_static"
 echo "pkg-config --static: c"

@@ -60,4 +60,10 @@ template <class A, class R, class B = None, class Q = None> struct Arrays {
   static constexpr bool two_results = !__is_same(Q, None);
 };
 
+// What a kernel hands its loop.
+template <class F, class X> struct Call {
+  F f; // the formula, with the scalar arguments
+  X x;
+};
+
 }

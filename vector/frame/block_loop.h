@@ -4,13 +4,14 @@
 //   floats int     rare(const T* x, T* y)     scalar, knows every special value, returns the status T       filler
 //   stands in for lanes past the end; harmless
 // A formula with a long chain gives fast in two steps, fast(x) = finish(prepare(x)): the loop takes a block through the
-// first step and then through the second, so that the processor finds more chains to overlap than its window would hold.
-// Two arguments or two results stand in the same places: fast(x, y), fast(x, r, q), gate(x, y), rare(x, y, r), rare(x,
-// r, q). A formula with  bool settle(x, y)  replaces, under NOERR, lanes whose answer is a constant, and returns what
-// is left.
+// first step and then through the second, so that the processor finds more chains to overlap than its window would
+// hold. Two arguments or two results stand in the same places: fast(x, y), fast(x, r, q), gate(x, y), rare(x, y, r),
+// rare(x, r, q). A formula with  bool settle(x, y)  replaces, under NOERR, lanes whose answer is a constant, and
+// returns what is left.
 //
-// Special values cost nothing where there are none: a block's gates are OR-ed into one test. Arrays and formula travel
-// by value: their addresses must not escape, or every store would make the compiler load the array pointers again.
+// Special values cost nothing where there are none: a block's gates are OR-ed into one test. A loop works on its own
+// copy of arrays and formula and hands the rare routes its caller's: an address that escapes would make the compiler load
+// the array pointers again after every store.
 #pragma once
 
 #include "vector/frame/arrays.h"
@@ -87,8 +88,8 @@ template <int B, class F, class X> static TARN_INLINE bool block_is_rare(const F
 
 // The rare lanes of one group, whose fast results stand in g.
 template <class F, class X>
-__attribute__((noinline, cold)) void rare_group(F f, X x, int64_t i, int lanes, Group<typename X::Element>* g,
-                                                const char* name) {
+__attribute__((noinline, cold)) void rare_group(const F& f, const X& x, int64_t i, int lanes,
+                                                Group<typename X::Element>* g, const char* name) {
   using T = typename X::Element;
   constexpr int W = Lanes<T>::count;
   alignas(64) T a[W], b[W], r[W], q[W];
@@ -128,7 +129,7 @@ __attribute__((noinline, cold)) void rare_group(F f, X x, int64_t i, int lanes, 
 // A block with rare lanes: all its arguments are read and all its results stand in registers or on the stack until the
 // last report is made, so that a report sees the block as it was.
 template <int B, class F, class X>
-__attribute__((noinline, cold)) void rare_block(F f, X x, int64_t i, uint32_t mode, const char* name) {
+__attribute__((noinline, cold)) void rare_block(const F& f, const X& x, int64_t i, uint32_t mode, const char* name) {
   using T = typename X::Element;
   constexpr int W = Lanes<T>::count;
   Group<T> groups[B / W];
@@ -163,14 +164,15 @@ static TARN_INLINE void put_part(const A& array, int64_t i, int64_t count, Vecto
 }
 
 template <class F, class X>
-static TARN_INLINE void tail(const F& f, const X& x, int64_t i, int64_t n, const char* name) {
+static TARN_INLINE void tail(const F& f, const X& x, const Call<F, X>& call, int64_t i, int64_t n, const char* name) {
   using T = typename X::Element;
   constexpr int W = Lanes<T>::count;
   Group<T> g;
   for (; i + W <= n; i += W) {
     load_group(x, i, g);
     compute<F, X>(f, g);
-    if (const int lanes = rare_lanes<F, X>(f, g); __builtin_expect(lanes != 0, 0)) rare_group(f, x, i, lanes, &g, name);
+    if (const int lanes = rare_lanes<F, X>(f, g); __builtin_expect(lanes != 0, 0))
+      rare_group(call.f, call.x, i, lanes, &g, name);
     store_group(x, i, g);
   }
   if (const int64_t count = n - i; count > 0) {
@@ -178,7 +180,7 @@ static TARN_INLINE void tail(const F& f, const X& x, int64_t i, int64_t n, const
     if constexpr (X::two_inputs) g.b = part_vector(x.b, i, count, F::filler);
     compute<F, X>(f, g);
     const int lanes = rare_lanes<F, X>(f, g) & ((1 << count) - 1);
-    if (__builtin_expect(lanes != 0, 0)) rare_group(f, x, i, lanes, &g, name);
+    if (__builtin_expect(lanes != 0, 0)) rare_group(call.f, call.x, i, lanes, &g, name);
     if constexpr (X::two_results) put_part(x.q, i, count, g.q);
     put_part(x.r, i, count, g.r);
   }
@@ -186,13 +188,15 @@ static TARN_INLINE void tail(const F& f, const X& x, int64_t i, int64_t n, const
 
 template <int B> struct BlockLoop {
   template <class F, class X>
-  static __attribute__((noinline)) void run(F f, X x, int64_t n, uint32_t mode, const char* name) {
+  static __attribute__((noinline)) void run(const Call<F, X>& call, int64_t n, uint32_t mode, const char* name) {
+    const F f = call.f;
+    const X x = call.x;
     using T = typename X::Element;
     constexpr int W = Lanes<T>::count;
     int64_t i = 0;
     for (; n - i >= B; i += B) {
       if (__builtin_expect(block_is_rare<B>(f, x, i), 0)) {
-        rare_block<B>(f, x, i, mode, name);
+        rare_block<B>(call.f, call.x, i, mode, name);
         continue;
       }
       if constexpr (requires { f.prepare(VectorOf<T>{}); }) {
@@ -211,7 +215,7 @@ template <int B> struct BlockLoop {
         }
       }
     }
-    tail(f, x, i, n, name);
+    tail(f, x, call, i, n, name);
   }
 };
 

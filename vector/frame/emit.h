@@ -13,16 +13,17 @@ namespace tarn::TARN_ISA {
 // A loop that belongs to its formula.
 template <int B> struct OwnLoop {
   template <class F, class X>
-  static __attribute__((noinline)) void run(F f, X x, int64_t n, uint32_t mode, const char* name) {
-    f.template loop<B>(x, n, mode, name);
+  static __attribute__((noinline)) void run(const Call<F, X>& call, int64_t n, uint32_t mode, const char* name) {
+    call.f.template loop<B>(call.x, n, mode, name);
   }
 };
 
 template <class Frame, class Loop, class F, class X>
 static TARN_INLINE void run_kernel(const F& f, const X& x, int32_t n, const char* name) {
+  const Call<F, X> call = {f, x};
   ControlWords kept = keep();
   const uint32_t mode = Frame::enter(kept);
-  Loop::run(f, x, n, mode, name);
+  Loop::run(call, n, mode, name);
   leave(kept);
 }
 

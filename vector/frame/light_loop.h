@@ -7,7 +7,10 @@
 namespace tarn::TARN_ISA {
 
 template <int B> struct LightLoop {
-  template <class F, class X> static __attribute__((noinline)) void run(F f, X x, int64_t n, uint32_t, const char*) {
+  template <class F, class X>
+  static __attribute__((noinline)) void run(const Call<F, X>& call, int64_t n, uint32_t, const char*) {
+    const F f = call.f;
+    const X x = call.x;
     using T = typename X::Element;
     constexpr int W = Lanes<T>::count;
     int64_t i = 0;

@@ -133,7 +133,7 @@ void report(int32_t code, int32_t index, const T* arg1, const T* arg2, T* res1, 
   set_status(code);
   if (routes == route_ignore) return;
 
-  ErrorContext context;
+  ErrorContext context{};
   context.code = code;
   context.index = index;
   if (const void* start = get_input_start()) {

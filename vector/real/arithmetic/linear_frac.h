@@ -23,9 +23,9 @@ template <class T> struct LinearFrac {
     }
   };
   template <int B, bool has_a, bool has_b, class X> TARN_INLINE void run(const X& x, int64_t n) const {
-    LightLoop<B>::run(Terms<has_a, has_b>{scalea, shifta, scaleb, shiftb}, x, n, 0, nullptr);
+    LightLoop<B>::run(Call<Terms<has_a, has_b>, X>{{scalea, shifta, scaleb, shiftb}, x}, n, 0, nullptr);
   }
-  template <int B, class X> void loop(X x, int64_t n, uint32_t, const char*) const {
+  template <int B, class X> void loop(const X& x, int64_t n, uint32_t, const char*) const {
     if (scaleb == 0)
       scalea == 0 ? run<B, false, false>(x, n) : run<B, true, false>(x, n);
     else

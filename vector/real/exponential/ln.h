@@ -171,7 +171,8 @@ struct dLn_EP {
   }
 
   // Element i by itself, reported by itself; returns its status.
-  template <class X> static __attribute__((noinline)) int32_t _lume_dLn_scalar(int64_t i, X x, const char* name) {
+  template <class X>
+  static __attribute__((noinline)) int32_t _lume_dLn_scalar(int64_t i, const X& x, const char* name) {
     const double v = x.a.get(i);
     const uint64_t pattern = bits(v);
     double result;
@@ -194,20 +195,21 @@ struct dLn_EP {
     return status;
   }
 
-  template <int B, class X> void loop(X x, int64_t n, uint32_t, const char* name) const {
+  template <int B, class X> void loop(const X& arrays, int64_t n, uint32_t, const char* name) const {
+    const X x = arrays;
     int64_t i = 0;
     for (; n - i >= B; i += B) {
       const Double2 v = x.a.vector(i), w = x.a.vector(i + 2);
       const Int4 high = high_words(v, w);
       if (__builtin_expect(lane_mask(gate(high)) != 0, 0)) {
-        for (int64_t k = i; k < i + B; ++k) _lume_dLn_scalar(k, x, name);
+        for (int64_t k = i; k < i + B; ++k) _lume_dLn_scalar(k, arrays, name);
         continue;
       }
       const Int4 slots = (Int4)((((UInt4)high & 0xFFC00u) + 0x400u) >> 10 & ~1u);
       x.r.put(i, fast(v, low_word<0>((Float4)slots), low_word<1>((Float4)slots)));
       x.r.put(i + 2, fast(w, low_word<2>((Float4)slots), low_word<3>((Float4)slots)));
     }
-    for (; i < n; ++i) _lume_dLn_scalar(i, x, name);
+    for (; i < n; ++i) _lume_dLn_scalar(i, arrays, name);
   }
 };
 TARN_CLAIM(dLn, EP, 8.0e9, 0, 1.8e308)

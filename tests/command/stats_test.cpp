@@ -1,0 +1,180 @@
+// tarn stats from outside: its figures against sums taken here, its formats, gaps, weights, blocks and refusals.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <random>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+#include "command/table_blocks.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+struct Outcome {
+  int code;
+  std::string out, err;
+};
+
+class Stats : public testing::Test {
+protected:
+  void SetUp() override { fs::create_directories(folder); }
+  void TearDown() override { fs::remove_all(folder); }
+  std::string write(const std::string& name, const std::string& content) const {
+    std::ofstream(folder / name, std::ios::binary) << content;
+    return folder / name;
+  }
+  static std::string read(const fs::path& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+  }
+  Outcome run(const std::string& arguments) const {
+    const std::string command = "cd " + folder.string() + " && " TARN_PROGRAM " stats " + arguments + " >out 2>err";
+    const int status = std::system(command.c_str());
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(folder / "out"), read(folder / "err")};
+  }
+  // The figures of CSV output by "statistic,variable,with".
+  std::map<std::string, std::string> figures(const std::string& arguments) const {
+    const Outcome outcome = run(arguments + " --to csv");
+    EXPECT_EQ(outcome.code, 0) << outcome.err;
+    EXPECT_EQ(outcome.err, "");
+    std::map<std::string, std::string> map;
+    std::istringstream lines(outcome.out);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ(line, "statistic,variable,with,value");
+    while (std::getline(lines, line)) map[line.substr(0, line.rfind(','))] = line.substr(line.rfind(',') + 1);
+    return map;
+  }
+  fs::path folder = fs::temp_directory_path() / ("tarn-stats-" + std::to_string(getpid()));
+};
+
+constexpr const char* small = "a,b,w\n1,2,1\n2,NA,1\n4,3,2\n,7,1\n5,8,0\n";
+
+TEST_F(Stats, FiguresOfASmallTableWithGaps) {
+  write("t.csv", small);
+  auto f = figures("t.csv --column a --column b");
+  EXPECT_EQ(f["n,a,"], "4");
+  EXPECT_EQ(f["missing,a,"], "1");
+  EXPECT_EQ(f["mean,a,"], "3");
+  EXPECT_NEAR(std::stod(f["variance,a,"]), 10.0 / 3, 1e-14);
+  EXPECT_EQ(f["min,a,"], "1");
+  EXPECT_EQ(f["max,a,"], "5");
+  EXPECT_EQ(f["q0.5,a,"], "3");
+  EXPECT_EQ(f["mean,b,"], "5");
+  // Rows 1, 3 and 5 are complete: a = 1 4 5, b = 2 3 8.
+  const double a[] = {1, 4, 5}, b[] = {2, 3, 8}, ma = 10.0 / 3, mb = 13.0 / 3;
+  double ab = 0, aa = 0, bb = 0;
+  for (int i = 0; i < 3; ++i) {
+    ab += (a[i] - ma) * (b[i] - mb);
+    aa += (a[i] - ma) * (a[i] - ma);
+    bb += (b[i] - mb) * (b[i] - mb);
+  }
+  EXPECT_NEAR(std::stod(f["covariance,a,b"]), ab / 2, 1e-13);
+  EXPECT_NEAR(std::stod(f["correlation,a,b"]), ab / std::sqrt(aa * bb), 1e-13);
+  EXPECT_EQ(f["correlation,a,a"], "1");
+}
+
+TEST_F(Stats, WeightsByNameAndNumber) {
+  write("t.csv", small);
+  for (const char* arguments : {"t.csv --weights w", "t.csv --weights 3", "t.csv --column a --column b --weights w"}) {
+    auto f = figures(arguments);
+    EXPECT_NEAR(std::stod(f["mean,a,"]), (1 + 2 + 2 * 4) / 4.0, 1e-14) << arguments;
+    EXPECT_EQ(f.count("mean,w,"), 0u) << arguments;
+  }
+}
+
+TEST_F(Stats, LongInputPassesInBlocks) {
+  std::mt19937_64 random(1);
+  std::normal_distribution<double> normal(3, 2);
+  std::ostringstream csv;
+  csv << "\"x, first\",y\n";
+  std::vector<double> x;
+  for (int i = 0; i < 4000; ++i) {
+    x.push_back(std::round(1000 * normal(random)) / 1000);
+    csv << x.back() << ',' << (i % 10 == 3 ? std::string("NA") : std::to_string(i)) << '\n';
+  }
+  write("t.csv", csv.str());
+  auto whole = figures("t.csv"), blocks = figures("t.csv --block 2000 --epsilon 0.01");
+  ASSERT_EQ(whole.size(), blocks.size());
+  for (const auto& [name, value] : whole) {
+    if (name.starts_with("q")) continue;
+    EXPECT_NEAR(std::stod(blocks[name]), std::stod(value), 1e-9 * (1 + std::fabs(std::stod(value)))) << name;
+  }
+  std::sort(x.begin(), x.end());
+  const double median = std::stod(blocks["q0.5,\"x, first\","]);
+  const auto place = std::lower_bound(x.begin(), x.end(), median) - x.begin();
+  EXPECT_NEAR(double(place), 2000, 0.01 * 4000 + 1);
+}
+
+TEST_F(Stats, TextAndJson) {
+  write("t.csv", small);
+  const Outcome text = run("t.csv");
+  EXPECT_EQ(text.code, 0);
+  EXPECT_NE(text.out.find("covariance (3 complete rows)"), std::string::npos);
+  EXPECT_NE(text.out.find("missing"), std::string::npos);
+  const Outcome json = run("t.csv --to json --column a");
+  EXPECT_NE(json.out.find("{\"name\": \"a\", \"n\": 4, \"missing\": 1, \"mean\": 3,"), std::string::npos) << json.out;
+  EXPECT_EQ(json.out.find("covariance"), std::string::npos);
+}
+
+TEST_F(Stats, PicturesAndRefusals) {
+  write("t.csv", small);
+  EXPECT_EQ(run("t.csv --histogram h.svg --scatter s.svg").code, 0);
+  EXPECT_TRUE(read(folder / "h.svg").starts_with("<svg"));
+  EXPECT_TRUE(read(folder / "s.svg").ends_with("</svg>\n"));
+  const auto refuses = [&](const std::string& arguments, const std::string& message) {
+    const Outcome outcome = run(arguments);
+    EXPECT_NE(outcome.code, 0) << arguments;
+    EXPECT_EQ(outcome.out, "") << arguments;
+    EXPECT_NE(outcome.err.find(message), std::string::npos) << outcome.err;
+    EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+  };
+  refuses("absent.csv", "cannot open absent.csv");
+  refuses("t.csv --weights v", "no column \"v\" for the weights");
+  write("negative.csv", "a,w\n1,1\n2,-1\n");
+  refuses("negative.csv --weights w", "line 3: a weight must be a number of 0 or above");
+  write("words.csv", "a,b\n1,2\n3,four\n");
+  refuses("words.csv", "line 3: \"four\" is not a number");
+  refuses("words.csv --block 64 --column b", "line 3: \"four\" is not a number");
+  write("empty.csv", "");
+  refuses("empty.csv", "holds no numbers");
+  refuses("t.csv --quantiles 1.5", "--quantiles");
+}
+
+// The blocks of a table are the table: every row once, with its line.
+TEST_F(Stats, BlocksAreTheTable) {
+  std::string csv = "name,\"two\nlines\",z\n";
+  for (int i = 0; i < 500; ++i)
+    csv += "\"" + std::to_string(i) + "\"," + std::to_string(i * 2) + "," + std::to_string(i * 3) +
+           (i % 7 ? "\n" : "\n\n");
+  tarn::command::InputOptions options;
+  options.path = write("b.csv", csv);
+  const tarn::command::Table whole = tarn::command::read_table(options, 0);
+  for (int64_t bytes : {64, 100, 1000, 1 << 20}) {
+    tarn::command::TableBlocks blocks(options, bytes);
+    tarn::command::Table block;
+    size_t row = 0;
+    while (blocks.next(block)) {
+      ASSERT_EQ(block.columns.size(), 3u);
+      EXPECT_EQ(block.columns[1].name, "two\nlines");
+      for (size_t i = 0; i < block.lines.size(); ++i, ++row) {
+        ASSERT_LT(row, whole.lines.size());
+        EXPECT_EQ(block.lines[i], whole.lines[row]) << bytes;
+        for (size_t c = 0; c < 3; ++c) EXPECT_EQ(block.columns[c].values[i], whole.columns[c].values[row]);
+      }
+    }
+    EXPECT_EQ(row, whole.lines.size()) << bytes;
+  }
+}
+
+}
