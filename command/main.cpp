@@ -36,6 +36,7 @@ int run(int argc, char** argv) {
   program.require_subcommand(0, 1);
   tarn::command::add_eval(program);
   tarn::command::add_list(program);
+  tarn::command::add_random(program);
   tarn::command::add_stats(program);
 
   const bool named = argc > 1 && argv[1][0] != '-';
