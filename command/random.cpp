@@ -1,6 +1,7 @@
 // tarn random: numbers of any basic generator, as uniform values or as bits. The stream may be made from seeds or read
 // from an image, narrowed by leapfrog, moved on, and saved for the next run.
 #include "command/failure.h"
+#include "command/options.h"
 #include "command/output.h"
 #include "command/subcommands.h"
 
