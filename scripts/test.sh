@@ -13,7 +13,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/packages.sh
 need_packages g++ cmake ninja-build python3 python3-mpmath pkg-config binutils \
-  libgtest-dev libbenchmark-dev libcli11-dev libmpfr-dev libsleef-dev libhwy-dev \
+  libgtest-dev libbenchmark-dev libcli11-dev libmpfr-dev libsleef-dev libhwy-dev libntl-dev \
   libopenblas-serial-dev libgsl-dev libeigen3-dev libarmadillo-dev libtbb-dev libopenmpi-dev \
   clang clang-format clang-tidy libomp-dev
 

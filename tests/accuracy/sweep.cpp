@@ -238,7 +238,8 @@ uint64_t mix(uint64_t x) { // so that neighbouring chunks have unrelated seeds (
 template <class T>
 Sweep sweep_as(const Function& function, const Reference& reference, const std::vector<Claim>& claims,
                const SweepOptions& options) {
-  const auto [from, to] = range(claims);
+  const std::pair<double, double> ends = range(claims);
+  const double from = ends.first, to = ends.second; // Clang 14 captures no structured bindings
   const bool exhaustive = options.exhaustive && sizeof(T) == 4 && function.inputs == 1 && function.scalars == 0;
   constexpr int64_t floats = int64_t{1} << 32;
   const int64_t chunks = exhaustive ? floats / chunk : std::max<int64_t>(1, options.points / reference.thin / chunk);

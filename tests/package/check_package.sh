@@ -2,9 +2,9 @@
 # Installs the build into a folder of its own, moves that folder, and builds the little project in consumer/ against it:
 # through find_package, and through pkg-config, in C and in C++, with the shared library and with the archive.
 #
-# usage: check_package.sh CMAKE BUILD_FOLDER C_COMPILER CXX_COMPILER
+# usage: check_package.sh CMAKE GENERATOR BUILD_FOLDER C_COMPILER CXX_COMPILER
 set -euo pipefail
-cmake=$1 build=$2 cc=$3 cxx=$4
+cmake=$1 generator=$2 build=$3 cc=$4 cxx=$5
 consumer=$(cd "$(dirname "$0")" && pwd)/consumer
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
@@ -12,7 +12,7 @@ trap 'rm -rf "$work"' EXIT
 "$cmake" --install "$build" --prefix "$work/first" >/dev/null
 mv "$work/first" "$work/tarn" # a package that knew its folder by name would now be lost
 
-"$cmake" -S "$consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/tarn" \
+"$cmake" -G "$generator" -S "$consumer" -B "$work/build" -DCMAKE_PREFIX_PATH="$work/tarn" \
   -DCMAKE_C_COMPILER="$cc" -DCMAKE_CXX_COMPILER="$cxx" >/dev/null
 "$cmake" --build "$work/build" >"$work/log" || { cat "$work/log"; exit 1; }
 for program in in_c in_cpp in_c_static in_cpp_static; do
