@@ -108,6 +108,12 @@ static TARN_INLINE Float4 with_sign_of(Float4 v, Float4 sign) {
   return (Float4)(((Int4)v & INT32_MAX) | ((Int4)sign & INT32_MIN));
 }
 
+// All bits of a lane where its sign is set.
+static TARN_INLINE Long2 sign_mask(Double2 v) {
+  return (Long2)_mm_shuffle_epi32(_mm_srai_epi32((__m128i)v, 31), _MM_SHUFFLE(3, 3, 1, 1));
+}
+static TARN_INLINE Int4 sign_mask(Float4 v) { return (Int4)v >> 31; }
+
 // A scalar value that the compiler cannot see through: for expressions that are evaluated for their flags.
 static TARN_INLINE double opaque(double v) {
   asm volatile("" : "+x"(v));

@@ -50,18 +50,27 @@ static TARN_INLINE double signed_like(double magnitude, double a) {
   return from_bits(bits(magnitude) | (bits(a) & 0x8000000000000000));
 }
 
-static inline int fmod_rare(double a, double b, double* r) {
-  const double A = from_bits(bits(a) & 0x7FFFFFFFFFFFFFFF), B = from_bits(bits(b) & 0x7FFFFFFFFFFFFFFF);
-  const double infinity = __builtin_inf();
+// Where there is no quotient: a NaN for a NaN, and a reported one for b = 0 and for an infinite a.
+static inline bool without_quotient(double a, double b, double* r, int* status) {
+  *status = 0;
   if (a != a || b != b) {
     *r = a * b;
-    return 0;
+    return true;
   }
-  if (B == 0 || A == infinity) {
+  if (b == 0 || a - a != 0) {
     const double zero = opaque(0.0);
     *r = zero / zero;
-    return 2;
+    *status = 2;
+    return true;
   }
+  return false;
+}
+
+static inline int fmod_rare(double a, double b, double* r) {
+  int status;
+  if (without_quotient(a, b, r, &status)) return status;
+  const double A = from_bits(bits(a) & 0x7FFFFFFFFFFFFFFF), B = from_bits(bits(b) & 0x7FFFFFFFFFFFFFFF);
+  const double infinity = __builtin_inf();
   if (B == infinity || A < B) {
     *r = a;
   } else if (A == B) {
@@ -83,17 +92,10 @@ static inline int fmod_rare(double a, double b, double* r) {
 }
 
 static inline int remainder_rare(double a, double b, double* r) {
+  int status;
+  if (without_quotient(a, b, r, &status)) return status;
   const double A = from_bits(bits(a) & 0x7FFFFFFFFFFFFFFF), B = from_bits(bits(b) & 0x7FFFFFFFFFFFFFFF);
   const double infinity = __builtin_inf();
-  if (a != a || b != b) {
-    *r = a * b;
-    return 0;
-  }
-  if (B == 0 || A == infinity) {
-    const double zero = opaque(0.0);
-    *r = zero / zero;
-    return 2;
-  }
   bool odd = false;
   double rest = A;
   if (B != infinity && A > B)

@@ -12,9 +12,8 @@ template <class T> struct NextAfter {
   using Vector = VectorOf<T>;
 
   static TARN_INLINE Vector fast(Vector a, Vector b) {
-    const auto outward = (bits(a) < 0) == (a > b); // away from zero
-    const auto step = outward & 1;
-    const auto moved = bits(a) + step + (step - 1);
+    const auto outward = ~(sign_mask(a) ^ (a > b)); // away from zero: the pattern grows by one, else it shrinks
+    const auto moved = bits(a) - (outward | 1);
     return select(a == b, b, from_bits(moved));
   }
   // Zeros, denormals and what may become one, infinities and what may become one, NaNs.
