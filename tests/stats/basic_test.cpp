@@ -671,6 +671,8 @@ TYPED_TEST(Basic, AllocationFailures) {
     Results<Real, Int> results(2);
     results.attach(task, 0xFFFFF);
     ASSERT_EQ(Api<Real>::basic(task.task, 0x2000, OnePass, nullptr), 0);
+    results.weight_sums[0] = results.weight_sums[1] = 20; // and of a matrix of negatives, for the cells of a report
+    ASSERT_EQ(Api<Real>::basic(task.task, 0x2000, FromSums, nullptr), 0);
   }
   for (uint64_t method : {Fast, OnePass, UserMean, FromSums}) {
     for (int shift : {0, 1}) {
