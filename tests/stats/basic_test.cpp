@@ -667,11 +667,15 @@ TEST(BasicOnePass, MeanFarFromZero) {
 TYPED_TEST(Basic, AllocationFailures) {
   using Real = typename TypeParam::Real;
   using Int = typename TypeParam::Int;
-  // Correlations use a vector kernel; without memory for the cells of its thread the process would end.
-  __lumeGetMode();
-  __lumeClearErrStatus();
-  __lumeClearErrorCallBack();
-  __lumeSetInterfInputVectorPointer(nullptr);
+  { // The vector kernels make the cells of this thread on first use, and end the program when they cannot.
+    const Dataset<Real> any = random_dataset<Real>(20, 2, false, Weights::none, false, 5);
+    TaskOf<Real, Int> task(any);
+    Results<Real, Int> results(2);
+    results.attach(task, 0xFFFFF);
+    ASSERT_EQ(Api<Real>::basic(task.task, 0x2000, OnePass, nullptr), 0);
+    results.weight_sums[0] = results.weight_sums[1] = 20; // and of a matrix of negatives, for the cells of a report
+    ASSERT_EQ(Api<Real>::basic(task.task, 0x2000, FromSums, nullptr), 0);
+  }
   for (uint64_t method : {Fast, OnePass, UserMean, FromSums}) {
     for (int shift : {0, 1}) {
       const Dataset<Real> set = random_dataset<Real>(2000, 8, false, Weights::positive, false, 5);
