@@ -83,7 +83,7 @@ int32_t generate_real(tarn_stream* stream, int32_t n, typename State::Value* r, 
                       typename State::Value upper) {
   using Real = typename State::Value;
   typedef Real Loose __attribute__((aligned(1), may_alias));
-  auto* to = reinterpret_cast<Loose*>(r);
+  Loose* to = reinterpret_cast<Loose*>(r);
   const State& state = state_of<State>(stream);
   const Real a = state.a, scale = (upper - lower) / (state.b - state.a);
   return generate<State>(stream, n, [=](int32_t k, Real x) { to[k] = (x - a) * scale + lower; });
@@ -120,7 +120,7 @@ TARN_EXPORT int32_t __kestBRngsAbstractInitStream(int32_t method, tarn_stream* s
 
 TARN_EXPORT int32_t __kestiBRngiAbstract(tarn_stream* stream, int32_t n, void* r) {
   typedef uint32_t Loose __attribute__((aligned(1), may_alias));
-  auto* to = static_cast<Loose*>(r);
+  Loose* to = static_cast<Loose*>(r);
   return generate<WordState>(stream, n, [to](int32_t k, uint32_t w) { to[k] = w; });
 }
 TARN_EXPORT int32_t __kestdBRngdAbstract(tarn_stream* stream, int32_t n, double* r, double a, double b) {

@@ -52,20 +52,20 @@ template <class Put> int32_t words(const State& state, int32_t n, Put put) {
 }
 
 TARN_EXPORT int32_t _viTRNGRdRand(tarn_stream* stream, int32_t n, uint32_t* r) {
-  auto* to = reinterpret_cast<LooseWord*>(r);
+  LooseWord* to = reinterpret_cast<LooseWord*>(r);
   return words(state_of<State>(stream), n, [to](int32_t k, uint32_t w) { to[k] = w; });
 }
 
 TARN_EXPORT int32_t _vsTRNGRdRand(tarn_stream* stream, int32_t n, float* r, float a, float b) {
   const float scale = (b - a) * 0x1p-32f;
-  auto* to = reinterpret_cast<LooseFloat*>(r);
+  LooseFloat* to = reinterpret_cast<LooseFloat*>(r);
   return words(state_of<State>(stream), n, [=](int32_t k, uint32_t w) { to[k] = static_cast<float>(w) * scale + a; });
 }
 
 TARN_EXPORT int32_t _vdTRNGRdRand(tarn_stream* stream, int32_t n, double* r, double a, double b) {
   const State& state = state_of<State>(stream);
   const double scale = (b - a) * 0x1p-64;
-  auto* to = reinterpret_cast<LooseDouble*>(r);
+  LooseDouble* to = reinterpret_cast<LooseDouble*>(r);
   for (int32_t k = 0; k < n; k++) {
     unsigned long long value;
     if (!read(state, value)) return TARN_RANDOM_HARDWARE_RANDOM_FAILED;

@@ -124,7 +124,7 @@ private:
 
   void add_bytes(void* to, const uint64_t* from) const {
     typedef uint64_t Loose __attribute__((aligned(1), may_alias));
-    auto* sum = static_cast<Loose*>(to);
+    Loose* sum = static_cast<Loose*>(to); // auto would drop the attributes
     for (int64_t k = 0; k < row_words(); k++) sum[k] ^= from[k];
   }
 
