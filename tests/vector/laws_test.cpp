@@ -250,6 +250,8 @@ TEST_F(Laws, CostTablesStandBehindTheKernels) {
       const char* kernels = static_cast<const char*>(dlvsym(library, (name + "_ttab").c_str(), "TARN_0.1"));
       const char* costs = static_cast<const char*>(dlvsym(library, (name + "_ctab").c_str(), "TARN_0.1"));
       ASSERT_NE(kernels, nullptr) << name;
+      EXPECT_EQ(reinterpret_cast<uintptr_t>(kernels) % 16, 0u)
+          << name << ": compilers take global arrays to be aligned";
       EXPECT_EQ(costs, kernels + 24) << name;
       EXPECT_EQ(memcmp(costs, f.plain_cost, 16), 0) << name;
       for (float cost : f.plain_cost->cost) EXPECT_GT(cost, 0) << name;

@@ -5,6 +5,8 @@
 
 namespace {
 
+// Callers see an array of three pointers, and the ABI lets them take a global array of 16 bytes or more to stand at a
+// multiple of 16.
 // One record, since the cost table stands directly behind the kernels and two objects do not stay adjacent.
 struct FunctionTable {
   void (*kernels[3])();
@@ -22,7 +24,8 @@ static_assert(sizeof(FunctionTable) == 40);
 
 #define TARN_TABLE(tName, sharing, ...)                                                                                \
   TARN_EACH(TARN_DECLARE, (tName), TARN_KERNELS(sharing))                                                              \
-  extern "C" __attribute__((visibility("default"))) const FunctionTable tarn_lume_kernel_##tName##_ttab = {            \
+  extern "C" __attribute__((visibility("default"), aligned(16)))                                                       \
+  const FunctionTable tarn_lume_kernel_##tName##_ttab = {                                                              \
       {TARN_EACH(TARN_ADDRESS, (tName), TARN_SLOTS(sharing))}, {__VA_ARGS__}, 0};                                      \
   asm(".globl tarn_lume_kernel_" #tName "_ctab\n"                                                                      \
       ".type tarn_lume_kernel_" #tName "_ctab, @object\n"                                                              \
