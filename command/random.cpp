@@ -164,8 +164,9 @@ void add_common(CLI::App& sub, RandomOptions& options) {
       ->excludes(seeds);
   sub.add_option("--save", options.save, "write the image of the stream as it stands at the end");
   sub.add_option("--leapfrog", options.leapfrog, "K N: every N-th number from number K on")->expected(2);
-  sub.add_option("--skip", options.skip, "numbers to leave out first, after the leapfrog");
-  sub.add_option("-n,--count", options.count, "how many numbers")->capture_default_str();
+  sub.add_option("--skip", options.skip, "numbers to leave out first, after the leapfrog")
+      ->check(CLI::NonNegativeNumber);
+  sub.add_option("-n,--count", options.count, "how many numbers")->check(CLI::NonNegativeNumber)->capture_default_str();
   sub.add_option("-o,--output", options.output.path, "File to write; - is standard output")->capture_default_str();
   sub.add_option("--to", options.output.format, "text or binary")
       ->check(CLI::IsMember({"text", "binary"}))
