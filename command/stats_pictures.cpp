@@ -98,8 +98,9 @@ std::string draw_histograms(const std::vector<Sample>& variables, const std::str
   std::string svg =
       start(gap + static_cast<double>(across) * (width + gap), 40 + static_cast<double>(down) * (height + gap));
   for (size_t i = 0; i < variables.size(); ++i) {
-    const double x = gap + static_cast<double>(i % across) * (width + gap);
-    const double y = 30 + static_cast<double>(i / across) * (height + gap);
+    const size_t column = i % across, row = i / across;
+    const double x = gap + static_cast<double>(column) * (width + gap);
+    const double y = 30 + static_cast<double>(row) * (height + gap);
     const Range range = range_of(variables[i].values);
     svg += histogram(variables[i], x, y, width, height) + text(x + width / 2, y - 6, "middle", variables[i].name);
     svg += text(x, y + height + 14, "start", format("%.4g", range.low));

@@ -85,7 +85,7 @@ template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
         for (int i = 1; i < 4; i++) pair[j].c[i] = ULong2{s.counter[i], s.counter[i]};
       }
     } else {
-      for (int j = 0; j < kPairs; j++) set_counters(pair[j], s.counter, static_cast<uint64_t>(2 * j));
+      for (int j = 0; j < kPairs; j++) set_counters(pair[j], s.counter, 2 * static_cast<uint64_t>(j));
     }
     encrypt(pair, s.key);
     for (int j = 0; j < kPairs; j++) {
