@@ -38,6 +38,7 @@ template <class Real> Real between(Real lower, Real upper, double fraction) {
 }
 
 template <class Real> void quantiles_from_sorted(const QuantilesRun<Real>& run, const Real* sorted, Real* out) {
+  if (!out) return; // not asked for
   for (int64_t k = 0; k < run.order_count; ++k) {
     const Place place = place_of(double(run.orders[k]), run.n);
     out[k] = between(sorted[place.rank], sorted[minimum(place.rank + 1, run.n - 1)], place.fraction);
@@ -47,6 +48,7 @@ template <class Real> void quantiles_from_sorted(const QuantilesRun<Real>& run, 
 template <class Real>
 void quantiles_by_selection(const QuantilesRun<Real>& run, const Real* x, Real* buffer, Real* out) {
   using Key = typename RealKeys<Real>::Key;
+  if (!out) return; // not asked for
   for (int64_t k = 0; k < run.order_count; ++k) {
     const Place place = place_of(double(run.orders[k]), run.n);
     const NeighbourPair<Real> pair = select_pair(x, run.n, place.rank, reinterpret_cast<Key*>(buffer));
