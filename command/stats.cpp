@@ -368,7 +368,8 @@ std::string Summary::csv() const {
     const std::string name = csv_cell(v->name);
     out +=
         "n," + name + ",," + std::to_string(v->count) + "\nmissing," + name + ",," + std::to_string(v->missing) + "\n";
-    for (const Figure& figure : figures(*v)) out += figure.name + "," + name + ",," + number(figure.value, "NA") + "\n";
+    for (const Figure& figure : figures(*v))
+      out.append(figure.name).append(",").append(name).append(",,").append(number(figure.value, "NA")).append("\n");
   }
   for (size_t i = 0; matrices && i < variables.size(); ++i) {
     for (size_t j = 0; j < variables.size(); ++j) {
