@@ -5,11 +5,12 @@
 #include "tarn/random.h"
 
 #include <cstdio>
+#include <filesystem>
 #include <string>
 #include <unistd.h>
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
-  static const std::string path = "/tmp/tarn_fuzz_" + std::to_string(getpid());
+  static const std::string path = std::filesystem::temp_directory_path() / ("tarn_fuzz_" + std::to_string(getpid()));
   FILE* file = std::fopen(path.c_str(), "wb");
   if (!file) return 0;
   std::fwrite(data, 1, size, file);

@@ -30,9 +30,8 @@ Bytes image_of(const StreamPtr& stream) {
 struct TemporaryFile {
   std::string path;
   TemporaryFile() {
-    char name[] = "/tmp/tarn_image_XXXXXX";
-    close(mkstemp(name));
-    path = name;
+    path = testing::TempDir() + "tarn_image_XXXXXX"; // mkstemp puts its own letters for the last six
+    close(mkstemp(path.data()));
   }
   ~TemporaryFile() { std::remove(path.c_str()); }
   void write(const Bytes& bytes) const {
