@@ -27,6 +27,10 @@ inline int64_t maximum(int64_t a, int64_t b) { return a > b ? a : b; }
 
 inline bool is_uniform(const DFTask* task) { return (task->xHint & TARN_DF_PARTITION_UNIFORM) != 0; }
 inline bool is_interleaved(const DFTask* task) { return task->yHint == TARN_DF_STORAGE_COLUMNS; }
+inline bool is_partition_hint(int64_t hint) {
+  return hint == TARN_DF_PARTITION_UNKNOWN || hint == TARN_DF_PARTITION_GENERAL ||
+         hint == TARN_DF_PARTITION_QUASI_UNIFORM || hint == TARN_DF_PARTITION_UNIFORM;
+}
 inline bool is_storage_hint(int64_t hint) {
   return hint == TARN_DF_STORAGE_DEFAULT || hint == TARN_DF_STORAGE_ROWS || hint == TARN_DF_STORAGE_COLUMNS ||
          hint == TARN_DF_STORAGE_FIRST_ONLY;

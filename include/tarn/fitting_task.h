@@ -140,6 +140,70 @@ typedef struct DFTask {
 /* The bin table's size in entries. */
 #define TARN_DF_BIN_ENTRIES 1026
 
+/* Makes a task over nx points of a partition and ny functions sampled on it.
+ *   task           receives the task; untouched when a check or the record's own allocation fails
+ *   x, xHint       the partition; under TARN_DF_PARTITION_UNIFORM its two ends
+ *   ny, y, yHint   the functions, y being the address of the first one's values whatever the storage; ny of 0 with a
+ *                  null y makes a task that searches only, or gets its functions later
+ *   wideInterface  0: derivative orders, cells and queried integers are 32 bits wide; otherwise 64
+ * Checked in this order: NX, NULL_X, X_HINT, NULL_Y (ny not 0), NY (ny 0 with a y), Y_HINT, ALLOCATION. When an
+ * allocation after the record's own fails, the task holds a half-made record that tarn_df_kernel_DeleteTask frees. */
+int32_t tarn_df_kernel_dNewTask1D(DFTask** task, int64_t nx, const double* x, int64_t xHint, int64_t ny,
+                                  const double* y, int64_t yHint, int32_t wideInterface);
+int32_t tarn_df_kernel_sNewTask1D(DFTask** task, int64_t nx, const float* x, int64_t xHint, int64_t ny, const float* y,
+                                  int64_t yHint, int32_t wideInterface);
+
+/* Frees the task and all that it owns, and sets the place to null. NULL_TASK when place or task is null. */
+int32_t tarn_df_kernel_DeleteTask(DFTask** task);
+
+/* Sets the spline: order and type; boundary condition with its values; internal condition with its values; storage of
+ * the coefficients, which for function j starts at coeff + j * cells * splineOrder, with nx - 1 cells, or nx when the
+ * type is TARN_DF_TYPE_SUBBOTIN. Under TARN_DF_STORAGE_FIRST_ONLY only the first function's storage is set. A null
+ * coeff leaves the storage as it is.
+ * In this order: NULL_TASK, SPLINE_ORDER, SPLINE_TYPE (negative), both stored; NULL_BC for conditions other than
+ * NONE, FREE_END, NOT_A_KNOT, PERIODIC, both stored; IC (a type without values), IC_TYPE (values without a type), both
+ * stored; NY (no functions to lay out), ALLOCATION; coeffHint stored, whatever its value. What was stored before a
+ * failing check stays. */
+int32_t tarn_df_kernel_dEditPPSpline1D(DFTask* task, int64_t splineOrder, int64_t splineType, int64_t bcType,
+                                       const double* bc, int64_t icType, const double* ic, double* coeff,
+                                       int64_t coeffHint);
+int32_t tarn_df_kernel_sEditPPSpline1D(DFTask* task, int64_t splineOrder, int64_t splineType, int64_t bcType,
+                                       const float* bc, int64_t icType, const float* ic, float* coeff,
+                                       int64_t coeffHint);
+
+/* Replaces a pointer, parameters 1 to 5. A new x leaves the bin table as it is (see tarn_df_kernel_iEditVal); new y
+ * and coeff are laid out anew from the present nx, ny, hints, order and type.
+ * NULL_TASK, PARAMETER_ID; a null pointer gives NULL_X, NULL_Y, IC, NULL_BC, NULL_COEFF; coeff with ny of 0 gives NY;
+ * ALLOCATION, after which the task has no such array. */
+int32_t tarn_df_kernel_dEditPtr(DFTask* task, int64_t id, const double* ptr);
+int32_t tarn_df_kernel_sEditPtr(DFTask* task, int64_t id, const float* ptr);
+
+/* Replaces the pointer of one function, 0 to ny - 1: its values (id 2) or its coefficients (id 5).
+ * NULL_TASK, PARAMETER_ID, Y_HINT (interleaved values), INDEX, NULL_Y or NULL_COEFF (also when the task has none yet).
+ */
+int32_t tarn_df_kernel_dEditIdxPtr(DFTask* task, int64_t id, int64_t index, const double* ptr);
+int32_t tarn_df_kernel_sEditIdxPtr(DFTask* task, int64_t id, int64_t index, const float* ptr);
+
+/* Sets an integer, parameters 14 to 23. Setting xHint to TARN_DF_PARTITION_GENERAL also fills the bin table anew from
+ * the present x and nx, and nothing else does: after changing nx or x, set this hint. After changing ny, nx or yHint
+ * give y and coeff again, whose arrays of pointers keep the size they were made with. Spline types are 0 to 5 and 9.
+ * NULL_TASK, PARAMETER_ID; a value that is not valid gives the parameter's own status. */
+int32_t tarn_df_kernel_iEditVal(DFTask* task, int64_t id, int64_t value);
+
+/* Gives a pointer: x, the first function's values, ic, bc, the first function's coefficients; null when there is none.
+ * NULL_TASK, NULL_OUTPUT, PARAMETER_ID. */
+int32_t tarn_df_kernel_dQueryPtr(DFTask* task, int64_t id, double** out);
+int32_t tarn_df_kernel_sQueryPtr(DFTask* task, int64_t id, float** out);
+
+/* Gives the pointer of one function's values (id 2) or coefficients (id 5). The index ny passes too and gives null.
+ * NULL_TASK, NULL_OUTPUT, INDEX, PARAMETER_ID, Y_HINT (interleaved values). */
+int32_t tarn_df_kernel_dQueryIdxPtr(DFTask* task, int64_t id, int64_t index, double** out);
+int32_t tarn_df_kernel_sQueryIdxPtr(DFTask* task, int64_t id, int64_t index, float** out);
+
+/* Gives an integer, parameters 14 to 23, to an int32_t (its low 32 bits) when wideInterface is 0, else to an int64_t.
+ * NULL_TASK, NULL_OUTPUT, PARAMETER_ID. */
+int32_t tarn_df_kernel_iQueryVal(DFTask* task, int64_t id, void* out);
+
 #ifdef __cplusplus
 }
 #endif
