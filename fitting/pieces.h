@@ -1,0 +1,106 @@
+// The pieces of a spline: which piece a site belongs to, and where a piece's powers start. Interpolation and integration
+// read the same ones.
+#pragma once
+
+#include "fitting/task.h"
+
+namespace tarn::fitting {
+
+// The kinds of interpolant, in the order of the evaluators.
+enum class Interpolant : int32_t { Linear, Quadratic, Cubic, Subbotin, Arbitrary, StepLeft, StepRight, LookUp, None };
+
+// Order 0 with a type of no meaning of its own is a spline that the caller's three call-backs know.
+inline Interpolant interpolant_of(const DFTask* task, bool all_callbacks) {
+  constexpr int64_t cubic_types = 0x23D; // bits 0, 2, 3, 4, 5, 9
+  const int64_t order = task->splineOrder, type = task->splineType;
+  switch (order) {
+  case TARN_DF_ORDER_LINEAR: return Interpolant::Linear;
+  case TARN_DF_ORDER_QUADRATIC:
+    return type == TARN_DF_TYPE_DEFAULT    ? Interpolant::Quadratic
+           : type == TARN_DF_TYPE_SUBBOTIN ? Interpolant::Subbotin
+                                           : Interpolant::None;
+  case TARN_DF_ORDER_CUBIC:
+    return type >= 0 && type < 64 && (cubic_types >> type & 1) ? Interpolant::Cubic : Interpolant::None;
+  case TARN_DF_ORDER_NONE:
+    return type == TARN_DF_TYPE_STEP_LEFT    ? Interpolant::StepLeft
+           : type == TARN_DF_TYPE_STEP_RIGHT ? Interpolant::StepRight
+           : type == TARN_DF_TYPE_LOOKUP     ? Interpolant::LookUp
+           : all_callbacks                   ? Interpolant::Arbitrary
+                                             : Interpolant::None;
+  default: return order > TARN_DF_ORDER_CUBIC ? Interpolant::Arbitrary : Interpolant::None;
+  }
+}
+
+// What an interpolant reads: coefficients, or the functions' values. Returns the status for what is missing.
+inline int32_t check_source(const DFTask* task, Interpolant kind) {
+  if (kind == Interpolant::StepLeft || kind == Interpolant::StepRight || kind == Interpolant::LookUp)
+    return task->y && task->y[0] ? TARN_DF_OK : TARN_DF_ERROR_NULL_Y;
+  if (task->splineOrder == TARN_DF_ORDER_NONE) return TARN_DF_OK;
+  return task->coeff && task->coeff[0] ? TARN_DF_OK : TARN_DF_ERROR_NULL_COEFF;
+}
+
+// The points of a partition, given one by one or by the ends of a uniform one.
+template <class Real, bool Uniform> struct Points {
+  const Real* x;
+  int64_t n;
+  Real step;
+  Real operator[](int64_t i) const { return Uniform ? x[0] + Real(i) * step : x[i]; }
+  Real right_end() const { return x[Uniform ? 1 : n - 1]; }
+};
+
+// Calls body(points) with the points of the task's kind of partition.
+template <class Real, class Body> auto with_points(const DFTask* task, Body body) {
+  const Real* x = reals<Real>(task->x);
+  const int64_t n = task->nx;
+  if (is_uniform(task)) return body(Points<Real, true>{x, n, (x[1] - x[0]) / Real(n - 1)});
+  return body(Points<Real, false>{x, n, 0});
+}
+
+// Where 0 to last are the valid indices.
+inline int64_t nearest_index(int64_t i, int64_t last) {
+  if (static_cast<uint64_t>(i) <= static_cast<uint64_t>(last)) return i;
+  return i < 0 ? 0 : last;
+}
+
+// One piece for each inner cell; the first and the last serve what lies outside.
+template <class Real, bool Uniform> struct CellPieces {
+  Points<Real, Uniform> points;
+  int64_t piece(int64_t cell, Real) const { return nearest_index(cell - 1, points.n - 2); }
+  Real origin(int64_t piece) const { return points[piece]; }
+  Real begin(int64_t piece) const { return points[piece]; }
+  Real end(int64_t piece) const { return points[piece + 1]; }
+};
+
+// The knots of a Subbotin spline, 0 to n: between two of them lies one partition point. As the task has them now: given
+// one by one, by the two ends of equally spaced ones, or in the middles of the cells.
+template <class Real, bool Uniform> struct Subgrid {
+  Points<Real, Uniform> points;
+  const Real* given;
+  bool equally_spaced;
+  Real spacing;
+  Subgrid(const DFTask* task, Points<Real, Uniform> partition)
+      : points(partition), given((task->icType & TARN_DF_IC_SUBGRID) ? reals<Real>(task->ic) : nullptr),
+        equally_spaced(given && (task->icType & TARN_DF_IC_UNIFORM_SUBGRID)),
+        spacing(equally_spaced ? (given[1] - given[0]) / Real(partition.n) : 0) {}
+  Real operator[](int64_t i) const {
+    if (equally_spaced) return given[0] + Real(i) * spacing;
+    if (given) return given[i];
+    if (i == 0) return points[0];
+    return i == points.n ? points.right_end() : (points[i - 1] + points[i]) / 2;
+  }
+};
+
+// One piece for each point of the partition, from the knot before it to the knot after it.
+template <class Real, bool Uniform> struct SubbotinPieces {
+  Subgrid<Real, Uniform> knots;
+  int64_t piece(int64_t cell, Real site) const {
+    if (cell < 1) return 0;
+    if (cell >= knots.points.n) return knots.points.n - 1;
+    return site < knots[cell] ? cell - 1 : cell;
+  }
+  Real origin(int64_t piece) const { return knots.points[piece]; }
+  Real begin(int64_t piece) const { return knots[piece]; }
+  Real end(int64_t piece) const { return knots[piece + 1]; }
+};
+
+}
