@@ -58,8 +58,9 @@ template <class Real> Samples<Real> samples(const DFTask* task, int64_t j) {
 template <class Real> Real* coefficients(const DFTask* task, int64_t j) { return static_cast<Real*>(task->coeff[j]); }
 
 // The bin table divides the length of the partition into binCount bins of equal width and tells for each between which
-// points its own lie: point low is the last in a bin below, point high the first in a bin above. Of its 1,026 entries
-// the one after the last bin serves sites at the right end, and one more is what filling the table writes to.
+// points its own lie: point low is the last in a bin below (points of bin 0 not counted, so it may be 0 for longer than
+// need be), point high the first in a bin above. Of its 1,026 entries the one after the last bin serves sites at the
+// right end, and one more is what filling the table writes to.
 enum BinWord { low, high };
 constexpr int64_t min_bins = 16, max_bins = 1024, points_per_bin = 16;
 static_assert(TARN_DF_BIN_ENTRIES == max_bins + 2);
