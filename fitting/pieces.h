@@ -2,7 +2,7 @@
 // read the same ones.
 #pragma once
 
-#include "fitting/task.h"
+#include "fitting/subgrid.h"
 
 namespace tarn::fitting {
 
@@ -64,6 +64,7 @@ inline int64_t nearest_index(int64_t i, int64_t last) {
 
 // One piece for each inner cell; the first and the last serve what lies outside.
 template <class Real, bool Uniform> struct CellPieces {
+  static constexpr bool uniform = Uniform;
   Points<Real, Uniform> points;
   int64_t piece(int64_t cell, Real) const { return nearest_index(cell - 1, points.n - 2); }
   Real origin(int64_t piece) const { return points[piece]; }
@@ -71,34 +72,17 @@ template <class Real, bool Uniform> struct CellPieces {
   Real end(int64_t piece) const { return points[piece + 1]; }
 };
 
-// The knots of a Subbotin spline, 0 to n: between two of them lies one partition point. As the task has them now: given
-// one by one, by the two ends of equally spaced ones, or in the middles of the cells.
-template <class Real, bool Uniform> struct Subgrid {
-  Points<Real, Uniform> points;
-  const Real* given;
-  bool equally_spaced;
-  Real spacing;
-  Subgrid(const DFTask* task, Points<Real, Uniform> partition)
-      : points(partition), given((task->icType & TARN_DF_IC_SUBGRID) ? reals<Real>(task->ic) : nullptr),
-        equally_spaced(given && (task->icType & TARN_DF_IC_UNIFORM_SUBGRID)),
-        spacing(equally_spaced ? (given[1] - given[0]) / Real(partition.n) : 0) {}
-  Real operator[](int64_t i) const {
-    if (equally_spaced) return given[0] + Real(i) * spacing;
-    if (given) return given[i];
-    if (i == 0) return points[0];
-    return i == points.n ? points.right_end() : (points[i - 1] + points[i]) / 2;
-  }
-};
-
 // One piece for each point of the partition, from the knot before it to the knot after it.
 template <class Real, bool Uniform> struct SubbotinPieces {
-  Subgrid<Real, Uniform> knots;
+  static constexpr bool uniform = Uniform;
+  Points<Real, Uniform> points;
+  Subgrid<Real> knots;
   int64_t piece(int64_t cell, Real site) const {
     if (cell < 1) return 0;
-    if (cell >= knots.points.n) return knots.points.n - 1;
+    if (cell >= points.n) return points.n - 1;
     return site < knots[cell] ? cell - 1 : cell;
   }
-  Real origin(int64_t piece) const { return knots.points[piece]; }
+  Real origin(int64_t piece) const { return piece == points.n - 1 ? points.right_end() : points[piece]; }
   Real begin(int64_t piece) const { return knots[piece]; }
   Real end(int64_t piece) const { return knots[piece + 1]; }
 };

@@ -59,7 +59,7 @@ template <class Real> void clear_orders(const Evaluation<Real>& e, int64_t k, in
 template <int Terms, int Order, class Real, class Cell, class Pieces>
 void evaluate_order(const Pieces& pieces, const Real* c, int64_t count, const Real* site, const Cell* cell, Real* out,
                     int64_t step) {
-  constexpr int width = lanes<Real>;
+  constexpr int width = lanes<Vector<Real>, Real>;
   int64_t s = 0;
   for (; s + width <= count; s += width) {
     const Real* at[width];
@@ -71,7 +71,7 @@ void evaluate_order(const Pieces& pieces, const Real* c, int64_t count, const Re
       origin[l] = pieces.origin(piece);
     }
     gather<Terms>(at, columns);
-    const Vector<Real> r = horner<Terms, Order, Real>(columns, load(site + s) - origin);
+    const Vector<Real> r = horner<Terms, Order, Real>(columns, load<Vector<Real>>(site + s) - origin);
     if (step == 1) {
       store(out + s, r);
     } else {
@@ -112,7 +112,7 @@ int32_t evaluate_subbotin(const Evaluation<Real>& e, int64_t function, int64_t c
                           const Cell* cell, Real* out) {
   const Real* c = coefficients<Real>(e.task, function);
   with_points<Real>(e.task, [&]<bool Uniform>(Points<Real, Uniform> points) {
-    const SubbotinPieces<Real, Uniform> pieces = {Subgrid<Real, Uniform>(e.task, points)};
+    const SubbotinPieces<Real, Uniform> pieces = {points, Subgrid<Real>(e.task)};
     evaluate_orders_from<TARN_DF_ORDER_QUADRATIC, 0>(e, 0, pieces, c, count, site, cell, out);
   });
   return TARN_DF_OK;

@@ -2,6 +2,8 @@
 // Both take the same steps in the same order, so a result does not depend on where in a block its site stands.
 #pragma once
 
+#include <emmintrin.h>
+
 #include "fitting/lanes.h"
 
 namespace tarn::fitting {
@@ -33,7 +35,7 @@ template <class Real> Real horner(const Real* c, int64_t terms, int64_t order, R
 template <int Terms> inline void gather(const double* const (&piece)[2], Vector<double>* c) {
 #pragma GCC unroll 2
   for (int k = 0; k + 1 < Terms; k += 2) {
-    const __m128d a = load(piece[0] + k), b = load(piece[1] + k);
+    const __m128d a = load<Vector<double>>(piece[0] + k), b = load<Vector<double>>(piece[1] + k);
     c[k] = _mm_unpacklo_pd(a, b);
     c[k + 1] = _mm_unpackhi_pd(a, b);
   }
@@ -41,7 +43,8 @@ template <int Terms> inline void gather(const double* const (&piece)[2], Vector<
 }
 template <int Terms> inline void gather(const float* const (&piece)[4], Vector<float>* c) {
   if constexpr (Terms == 4) {
-    __m128 rows[4] = {load(piece[0]), load(piece[1]), load(piece[2]), load(piece[3])};
+    __m128 rows[4] = {load<Vector<float>>(piece[0]), load<Vector<float>>(piece[1]), load<Vector<float>>(piece[2]),
+                      load<Vector<float>>(piece[3])};
     _MM_TRANSPOSE4_PS(rows[0], rows[1], rows[2], rows[3]);
     for (int k = 0; k < 4; ++k) c[k] = rows[k];
   } else {

@@ -2,11 +2,20 @@
 // finds the cell of one site, or of a block where that is faster.
 #pragma once
 
-#include "fitting/lanes.h"
+#include <emmintrin.h>
+
 #include "fitting/search/scan.h"
 #include "fitting/search/search.h"
 
 namespace tarn::fitting {
+
+typedef int32_t Int4 __attribute__((vector_size(16)));
+
+// The second operand where the first is NaN.
+inline __m128d larger(__m128d a, __m128d b) { return _mm_max_pd(a, b); }
+inline __m128 larger(__m128 a, __m128 b) { return _mm_max_ps(a, b); }
+inline __m128d smaller(__m128d a, __m128d b) { return _mm_min_pd(a, b); }
+inline __m128 smaller(__m128 a, __m128 b) { return _mm_min_ps(a, b); }
 
 // Four sites to a step, for indices of 32 bits: guesses and comparisons as vectors of four integers.
 struct FourSites {
@@ -21,16 +30,16 @@ inline Int4 halves(__m128d a, __m128d b) { // one word each of four double-width
 }
 
 inline FourSites four_sites(const double* site, double left, double right, double scale, double top) {
-  const __m128d a = load(site), b = load(site + 2), zero = _mm_setzero_pd();
-  const __m128d l = broadcast(left), r = broadcast(right), s = broadcast(scale), t = broadcast(top);
+  const __m128d a = _mm_loadu_pd(site), b = _mm_loadu_pd(site + 2), zero = _mm_setzero_pd();
+  const __m128d l = _mm_set1_pd(left), r = _mm_set1_pd(right), s = _mm_set1_pd(scale), t = _mm_set1_pd(top);
   const __m128d ga = smaller(larger((a - l) * s, zero), t), gb = smaller(larger((b - l) * s, zero), t);
   return {reinterpret_cast<Int4>(_mm_unpacklo_epi64(_mm_cvttpd_epi32(ga), _mm_cvttpd_epi32(gb))) + 1,
           halves(_mm_cmplt_pd(a, l), _mm_cmplt_pd(b, l)), halves(_mm_cmpge_pd(a, r), _mm_cmpge_pd(b, r)),
           halves(_mm_cmpgt_pd(a, r), _mm_cmpgt_pd(b, r))};
 }
 inline FourSites four_sites(const float* site, float left, float right, float scale, float top) {
-  const __m128 a = load(site), l = broadcast(left), r = broadcast(right);
-  const __m128 g = smaller(larger((a - l) * broadcast(scale), _mm_setzero_ps()), broadcast(top));
+  const __m128 a = _mm_loadu_ps(site), l = _mm_set1_ps(left), r = _mm_set1_ps(right);
+  const __m128 g = smaller(larger((a - l) * _mm_set1_ps(scale), _mm_setzero_ps()), _mm_set1_ps(top));
   return {reinterpret_cast<Int4>(_mm_cvttps_epi32(g)) + 1, reinterpret_cast<Int4>(_mm_cmplt_ps(a, l)),
           reinterpret_cast<Int4>(_mm_cmpge_ps(a, r)), reinterpret_cast<Int4>(_mm_cmpgt_ps(a, r))};
 }
@@ -129,11 +138,11 @@ template <class Real, class Index> Index move_cursor(const SearchRun<Real>& run,
 
 // Whether all four sites lie below a point.
 inline bool four_below(const double* site, double point) {
-  const Vector<double> p = broadcast(point);
-  return _mm_movemask_pd(_mm_and_pd(_mm_cmplt_pd(load(site), p), _mm_cmplt_pd(load(site + 2), p))) == 3;
+  const __m128d p = _mm_set1_pd(point);
+  return _mm_movemask_pd(_mm_and_pd(_mm_cmplt_pd(_mm_loadu_pd(site), p), _mm_cmplt_pd(_mm_loadu_pd(site + 2), p))) == 3;
 }
 inline bool four_below(const float* site, float point) {
-  return _mm_movemask_ps(_mm_cmplt_ps(load(site), broadcast(point))) == 15;
+  return _mm_movemask_ps(_mm_cmplt_ps(_mm_loadu_ps(site), _mm_set1_ps(point))) == 15;
 }
 
 template <class Real, class Cell, class Index>
