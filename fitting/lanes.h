@@ -26,8 +26,7 @@ template <class V> V select(Integers<V> held, V yes, V no) {
 inline double magnitude(double x) { return __builtin_fabs(x); }
 inline float magnitude(float x) { return __builtin_fabsf(x); }
 template <class V> V magnitude(V x) {
-  const V sign_bit = V{} - 0; // all lanes +0
-  return V(Integers<V>(x) & ~Integers<V>(-sign_bit));
+  return V(Integers<V>(x) & ~Integers<V>(-V{})); // -0 is the sign bit
 }
 
 // The size of the first with the sign of the second.
