@@ -76,15 +76,15 @@ template <class Real, bool Uniform> struct CellPieces {
 template <class Real, bool Uniform> struct SubbotinPieces {
   static constexpr bool uniform = Uniform;
   Points<Real, Uniform> points;
-  Subgrid<Real> knots;
+  const DFTask* task;
   int64_t piece(int64_t cell, Real site) const {
     if (cell < 1) return 0;
     if (cell >= points.n) return points.n - 1;
-    return site < knots[cell] ? cell - 1 : cell;
+    return site < begin(cell) ? cell - 1 : cell;
   }
   Real origin(int64_t piece) const { return piece == points.n - 1 ? points.right_end() : points[piece]; }
-  Real begin(int64_t piece) const { return knots[piece]; }
-  Real end(int64_t piece) const { return knots[piece + 1]; }
+  Real begin(int64_t piece) const { return subgrid_knot<Real>(task, piece); }
+  Real end(int64_t piece) const { return subgrid_knot<Real>(task, piece + 1); }
 };
 
 }

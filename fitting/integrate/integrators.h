@@ -142,7 +142,7 @@ void with_integral(const DFTask* task, int64_t f, const Pieces& pieces, Body bod
 template <Interpolant Kind, class Real, class Body> void with_pieces(const DFTask* task, Body body) {
   with_points<Real>(task, [&]<bool Uniform>(Points<Real, Uniform> points) {
     if constexpr (Kind == Interpolant::Subbotin) {
-      body(SubbotinPieces<Real, Uniform>{points, Subgrid<Real>(task)});
+      body(SubbotinPieces<Real, Uniform>{points, task});
     } else {
       body(CellPieces<Real, Uniform>{points});
     }

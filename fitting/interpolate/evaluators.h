@@ -112,7 +112,7 @@ int32_t evaluate_subbotin(const Evaluation<Real>& e, int64_t function, int64_t c
                           const Cell* cell, Real* out) {
   const Real* c = coefficients<Real>(e.task, function);
   with_points<Real>(e.task, [&]<bool Uniform>(Points<Real, Uniform> points) {
-    const SubbotinPieces<Real, Uniform> pieces = {points, Subgrid<Real>(e.task)};
+    const SubbotinPieces<Real, Uniform> pieces = {points, e.task};
     evaluate_orders_from<TARN_DF_ORDER_QUADRATIC, 0>(e, 0, pieces, c, count, site, cell, out);
   });
   return TARN_DF_OK;
