@@ -43,17 +43,16 @@ inline int32_t check_source(const DFTask* task, Interpolant kind) {
 template <class Real, bool Uniform> struct Points {
   const Real* x;
   int64_t n;
-  Real step;
-  Real operator[](int64_t i) const { return Uniform ? x[0] + Real(i) * step : x[i]; }
-  Real right_end() const { return x[Uniform ? 1 : n - 1]; }
+  Real left, right, step; // step: of a uniform partition
+  Real operator[](int64_t i) const { return Uniform ? left + Real(i) * step : x[i]; }
 };
 
 // Calls body(points) with the points of the task's kind of partition.
 template <class Real, class Body> auto with_points(const DFTask* task, Body body) {
   const Real* x = reals<Real>(task->x);
   const int64_t n = task->nx;
-  if (is_uniform(task)) return body(Points<Real, true>{x, n, (x[1] - x[0]) / Real(n - 1)});
-  return body(Points<Real, false>{x, n, 0});
+  if (is_uniform(task)) return body(Points<Real, true>{x, n, x[0], x[1], (x[1] - x[0]) / Real(n - 1)});
+  return body(Points<Real, false>{x, n, x[0], x[n - 1], 0});
 }
 
 // Where 0 to last are the valid indices.
@@ -82,7 +81,7 @@ template <class Real, bool Uniform> struct SubbotinPieces {
     if (cell >= points.n) return points.n - 1;
     return site < begin(cell) ? cell - 1 : cell;
   }
-  Real origin(int64_t piece) const { return piece == points.n - 1 ? points.right_end() : points[piece]; }
+  Real origin(int64_t piece) const { return piece == points.n - 1 ? points.right : points[piece]; }
   Real begin(int64_t piece) const { return subgrid_knot<Real>(task, piece); }
   Real end(int64_t piece) const { return subgrid_knot<Real>(task, piece + 1); }
 };

@@ -78,7 +78,7 @@ template <class Real, class Pieces>
 void arrange_with_callbacks(const Integration<Real>& call, const Limits<Real>& limits, const Pieces& pieces,
                             Arrangement<Real>& block, Parts<Real> (&parts)[regions]) {
   const int64_t first_cell = 1, last_cell = pieces.points.n - 1; // of the two ends
-  const Real left_end = pieces.points[0], right_end = pieces.points.right_end();
+  const Real left_end = pieces.points.left, right_end = pieces.points.right;
   for (Parts<Real>& part : parts) part.count = 0;
   block.ranges = 0;
   for (int64_t s = 0; s < limits.count; ++s) {

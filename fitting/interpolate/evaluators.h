@@ -55,13 +55,16 @@ template <class Real> void clear_orders(const Evaluation<Real>& e, int64_t k, in
     for (int64_t j = k; j < e.nder; ++j) out[s * e.nder + j] = 0;
 }
 
-// One order for all sites; `step` from one result to the next.
+// One order for all sites; `step` from one result to the next. The pieces come by value: no store can change them.
 template <int Terms, int Order, class Real, class Cell, class Pieces>
-void evaluate_order(const Pieces& pieces, const Real* c, int64_t count, const Real* site, const Cell* cell, Real* out,
+void evaluate_order(Pieces pieces, const Real* c, int64_t count, const Real* site, const Cell* cell, Real* out,
                     int64_t step) {
   constexpr int width = lanes<Vector<Real>, Real>;
+  constexpr int64_t ahead = 12; // sites: the coefficients of random ones come from afar
   int64_t s = 0;
   for (; s + width <= count; s += width) {
+    if (s + ahead + width <= count)
+      for (int l = 0; l < width; ++l) __builtin_prefetch(c + (int64_t(cell[s + ahead + l]) - 1) * Terms);
     const Real* at[width];
     Vector<Real> origin, columns[Terms];
 #pragma GCC unroll 4

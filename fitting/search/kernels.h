@@ -136,33 +136,48 @@ template <class Real, class Index> Index move_cursor(const SearchRun<Real>& run,
   return site == run.right ? n - 1 : scan_right(run.x, n, cursor, site);
 }
 
-// Whether all four sites lie below a point.
-inline bool four_below(const double* site, double point) {
-  const __m128d p = _mm_set1_pd(point);
-  return _mm_movemask_pd(_mm_and_pd(_mm_cmplt_pd(_mm_loadu_pd(site), p), _mm_cmplt_pd(_mm_loadu_pd(site + 2), p))) == 3;
+// Whether four sites ascend; false when one is NaN.
+inline bool four_ascend(const double* site) {
+  const __m128d a = _mm_loadu_pd(site), b = _mm_loadu_pd(site + 2), between = _mm_loadu_pd(site + 1);
+  return _mm_movemask_pd(_mm_and_pd(_mm_cmple_pd(a, between), _mm_cmple_pd(b, _mm_unpackhi_pd(b, b)))) == 3;
 }
-inline bool four_below(const float* site, float point) {
-  return _mm_movemask_ps(_mm_cmplt_ps(_mm_loadu_ps(site), _mm_set1_ps(point))) == 15;
+inline bool four_ascend(const float* site) {
+  const __m128 a = _mm_loadu_ps(site), next = _mm_shuffle_ps(a, a, _MM_SHUFFLE(3, 3, 2, 1));
+  return _mm_movemask_ps(_mm_cmple_ps(a, next)) == 15;
+}
+// All bits set where a site is not below a point.
+inline Int4 four_from(const double* site, double point) {
+  const __m128d p = _mm_set1_pd(point);
+  return halves(_mm_cmpge_pd(_mm_loadu_pd(site), p), _mm_cmpge_pd(_mm_loadu_pd(site + 2), p));
+}
+inline Int4 four_from(const float* site, float point) {
+  return reinterpret_cast<Int4>(_mm_cmpge_ps(_mm_loadu_ps(site), _mm_set1_ps(point)));
 }
 
 template <class Real, class Cell, class Index>
 int32_t search_sorted(SearchRun<Real>& run, int64_t count, const Real* site, Cell* cell) {
   if (count <= 0) return 0;
+  const Real* x = run.x;
   const Index n = static_cast<Index>(run.nx);
   Index cursor = static_cast<Index>(run.cursor);
   // The first site may be anywhere.
-  cursor = site[0] == run.right ? n - 1 : bisect(run.x, cursor, n, site[0]);
+  cursor = site[0] == run.right ? n - 1 : bisect(x, cursor, n, site[0]);
   cell[0] = static_cast<Cell>(cursor);
-  int64_t i = 1;
-  while (i < count) {
-    if (i + 4 <= count && cursor < n && four_below(site + i, run.x[cursor])) { // the cursor stays where it is
-      const Cell here = static_cast<Cell>(cursor);
-      for (int k = 0; k < 4; ++k) cell[i + k] = here;
+  for (int64_t i = 1; i < count;) {
+    // Four sites that pass at most two points need no branch for each.
+    if (sizeof(Index) == 4 && i + 4 <= count && cursor < n - 2 && site[i + 3] < x[cursor + 2] &&
+        four_ascend(site + i)) {
+      const Real first = x[cursor], second = x[cursor + 1], last = site[i + 3];
+      const int32_t c = static_cast<int32_t>(cursor);
+      store_four(cell + i, Int4{c, c, c, c} - four_from(site + i, first) - four_from(site + i, second));
+      cursor += (last >= first) + (last >= second);
       i += 4;
       continue;
     }
-    cursor = move_cursor(run, cursor, site[i]);
-    cell[i++] = static_cast<Cell>(cursor);
+    for (const int64_t end = minimum(i + 4, count); i < end; ++i) {
+      cursor = move_cursor(run, cursor, site[i]);
+      cell[i] = static_cast<Cell>(cursor);
+    }
   }
   run.cursor = cursor;
   return 0;
