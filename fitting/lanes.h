@@ -2,6 +2,8 @@
 // interleave. A formula written over a type V serves a vector of reals and a single real alike.
 #pragma once
 
+#include <emmintrin.h>
+
 #include "stats/lanes.h"
 
 namespace tarn::fitting {
@@ -29,19 +31,32 @@ template <class V> V magnitude(V x) {
   return V(Integers<V>(x) & ~Integers<V>(-V{})); // -0 is the sign bit
 }
 
-// The size of the first with the sign of the second.
-inline double with_sign(double size, double sign) { return __builtin_copysign(size, sign); }
-inline float with_sign(float size, float sign) { return __builtin_copysignf(size, sign); }
-template <class V> V with_sign(V size, V sign) {
-  const Integers<V> sign_bit = Integers<V>(-V{});
-  return V((Integers<V>(size) & ~sign_bit) | (Integers<V>(sign) & sign_bit));
-}
+// The second one where they are equal or no numbers, as the processor has it.
+template <class Real> Real smaller(Real a, Real b) { return a < b ? a : b; }
+template <class Real> Real larger(Real a, Real b) { return a > b ? a : b; }
+inline Vector<double> smaller(Vector<double> a, Vector<double> b) { return _mm_min_pd(a, b); }
+inline Vector<double> larger(Vector<double> a, Vector<double> b) { return _mm_max_pd(a, b); }
+inline Vector<float> smaller(Vector<float> a, Vector<float> b) { return _mm_min_ps(a, b); }
+inline Vector<float> larger(Vector<float> a, Vector<float> b) { return _mm_max_ps(a, b); }
 
-// Runs body(V, i) for i = from, from + lanes, ... while whole vectors remain before to, then body(Real, i) one by one.
+// Whether a comparison held in any lane.
+inline bool any(bool held) { return held; }
+inline bool any(Integers<Vector<double>> held) { return _mm_movemask_pd(Vector<double>(held)) != 0; }
+inline bool any(Integers<Vector<float>> held) { return _mm_movemask_ps(Vector<float>(held)) != 0; }
+
+// Runs body(V, i) for i = from, from + lanes, ... while whole vectors remain before to, two of them a turn, then
+// body(Real, i) one by one.
 template <class Real, class Body> inline void for_lanes(int64_t from, int64_t to, Body body) {
   constexpr int64_t step = lanes<Vector<Real>, Real>;
   int64_t i = from;
-  for (; i + step <= to; i += step) body(Vector<Real>{}, i);
+  for (; i + 2 * step <= to; i += 2 * step) {
+    body(Vector<Real>{}, i);
+    body(Vector<Real>{}, i + step);
+  }
+  if (i + step <= to) {
+    body(Vector<Real>{}, i);
+    i += step;
+  }
   for (; i < to; ++i) body(Real{}, i);
 }
 

@@ -8,7 +8,7 @@
 
 namespace tarn::fitting {
 
-constexpr int64_t block_cells = 128; // worked through at once
+constexpr int64_t block_cells = 256; // worked through at once
 constexpr int64_t halo = 2;          // cells on either side of a block that its derivatives read
 constexpr int64_t threaded_values = 512, item_cells = 2048, item_functions = 4;
 
@@ -55,10 +55,13 @@ struct Akima {
   static constexpr bool takes_derivatives = false;
   template <class Real, class V> static V rule(V before_left, V left_slope, V right_slope, V after_right) {
     const V left_weight = magnitude(after_right - right_slope), right_weight = magnitude(left_slope - before_left);
-    const V sum = left_weight + right_weight;
+    V sum = left_weight + right_weight, weighted = left_weight * left_slope + right_weight * right_slope;
     const auto flat = sum < broadcast<V>(Real(1e-10));
-    return select(flat, left_slope + right_slope, left_weight * left_slope + right_weight * right_slope) /
-           select(flat, broadcast<V>(Real(2)), sum);
+    if (any(flat)) { // seldom
+      weighted = select(flat, left_slope + right_slope, weighted);
+      sum = select(flat, broadcast<V>(Real(2)), sum);
+    }
+    return weighted / sum;
   }
   template <class V, class Real, bool uniform> static V derivative(const Window<Real, uniform>& at, int64_t i) {
     return rule<Real>(at.template slope<V>(i - 2), at.template slope<V>(i - 1), at.template slope<V>(i),
@@ -98,10 +101,8 @@ struct Bessel {
 struct Hyman : Bessel {
   template <class V, class Real, bool uniform> static V derivative(const Window<Real, uniform>& at, int64_t i) {
     const V left_slope = at.template slope<V>(i - 1), right_slope = at.template slope<V>(i);
-    const V free = Bessel::derivative<V>(at, i);
-    const V left_size = magnitude(left_slope), right_size = magnitude(right_slope), size = magnitude(free);
-    const V bound = broadcast<V>(Real(3)) * select(left_size < right_size, left_size, right_size);
-    const V held = with_sign(select(size < bound, size, bound), free);
+    const V bound = broadcast<V>(Real(3)) * smaller(magnitude(left_slope), magnitude(right_slope));
+    const V held = smaller(larger(Bessel::derivative<V>(at, i), -bound), bound);
     return select(left_slope * right_slope > V{}, held, V{});
   }
 };
@@ -171,11 +172,11 @@ private:
 
   void find_slopes(const Around& at, int64_t low, int64_t high) const {
     Block<Real>& block = *at.block;
-    for_lanes<Real>(low, high, [&](auto lane, int64_t i) {
+    for_lanes<Real>(low, high, [&block, at](auto lane, int64_t i) {
       using V = decltype(lane);
       const V rise = at.template value<V>(i + 1) - at.template value<V>(i);
       if constexpr (!uniform) {
-        const V length = grid.template length<V>(i);
+        const V length = at.grid.template length<V>(i);
         store(block.length + (i - at.origin), length);
         store(block.inverse + (i - at.origin), broadcast<V>(Real(1)) / length);
       }
