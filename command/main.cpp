@@ -35,6 +35,7 @@ int run(int argc, char** argv) {
   program.set_version_flag("--version", "tarn " TARN_VERSION);
   program.require_subcommand(0, 1);
   tarn::command::add_eval(program);
+  tarn::command::add_fit(program);
   tarn::command::add_list(program);
   tarn::command::add_random(program);
   tarn::command::add_stats(program);

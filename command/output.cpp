@@ -177,4 +177,8 @@ void RowWriter::end_row() {
   first = true;
 }
 
+void RowWriter::comment(const std::string& words) {
+  if (!binary && separator == '\t') output.write("# " + words + '\n');
+}
+
 }

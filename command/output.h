@@ -45,6 +45,7 @@ public:
   void number(double value);
   void missing(); // NA; in binary a NaN
   void end_row();
+  void comment(const std::string& words); // a line that readers of numbers pass over; in text alone
   void commit() { output.commit(); }
 
 private:

@@ -1,47 +1,14 @@
 #include "command/stats_pictures.h"
+#include "command/svg.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 
 namespace tarn::command {
 
+using namespace svg;
+
 namespace {
-
-std::string format(const char* pattern, auto... values) {
-  char text[512];
-  std::snprintf(text, sizeof text, pattern, values...);
-  return text;
-}
-
-std::string escaped(const std::string& text) {
-  std::string result;
-  for (const char c : text) {
-    switch (c) {
-    case '<': result += "&lt;"; break;
-    case '>': result += "&gt;"; break;
-    case '&': result += "&amp;"; break;
-    default: result += c;
-    }
-  }
-  return result;
-}
-
-struct Range {
-  double low, high;
-};
-
-Range range_of(const std::vector<double>& values) {
-  Range range = {INFINITY, -INFINITY};
-  for (const double x : values) {
-    if (!std::isfinite(x)) continue;
-    range.low = std::min(range.low, x);
-    range.high = std::max(range.high, x);
-  }
-  if (range.low > range.high) return {0, 1};
-  if (range.low == range.high) return {range.low - 0.5, range.high + 0.5};
-  return range;
-}
 
 // Bars of equal width, their number by Freedman and Diaconis (1981), between 5 and 60.
 std::vector<int> bars_of(const std::vector<double>& values, Range range) {
@@ -59,21 +26,6 @@ std::vector<int> bars_of(const std::vector<double>& values, Range range) {
     ++bars[std::min(bars.size() - 1, static_cast<size_t>(place))];
   }
   return bars;
-}
-
-std::string start(double width, double height) {
-  return format("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%.0f\" height=\"%.0f\" font-family=\"sans-serif\" "
-                "font-size=\"12\">\n<rect width=\"100%%\" height=\"100%%\" fill=\"white\"/>\n",
-                width, height);
-}
-
-std::string text(double x, double y, const char* anchor, const std::string& what) {
-  return format("<text x=\"%.1f\" y=\"%.1f\" text-anchor=\"%s\">", x, y, anchor) + escaped(what) + "</text>\n";
-}
-
-std::string frame(double x, double y, double width, double height) {
-  return format("<rect x=\"%.1f\" y=\"%.1f\" width=\"%.1f\" height=\"%.1f\" fill=\"none\" stroke=\"#888\"/>\n", x, y,
-                width, height);
 }
 
 std::string histogram(const Sample& variable, double x, double y, double width, double height) {

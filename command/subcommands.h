@@ -7,6 +7,7 @@
 namespace tarn::command {
 
 void add_eval(CLI::App& program);
+void add_fit(CLI::App& program);
 void add_list(CLI::App& program);
 void add_random(CLI::App& program);
 void add_stats(CLI::App& program);

@@ -4,18 +4,13 @@
 
 #include <emmintrin.h>
 
+#include "fitting/lanes.h"
 #include "fitting/search/scan.h"
 #include "fitting/search/search.h"
 
 namespace tarn::fitting {
 
 typedef int32_t Int4 __attribute__((vector_size(16)));
-
-// The second operand where the first is NaN.
-inline __m128d larger(__m128d a, __m128d b) { return _mm_max_pd(a, b); }
-inline __m128 larger(__m128 a, __m128 b) { return _mm_max_ps(a, b); }
-inline __m128d smaller(__m128d a, __m128d b) { return _mm_min_pd(a, b); }
-inline __m128 smaller(__m128 a, __m128 b) { return _mm_min_ps(a, b); }
 
 // Four sites to a step, for indices of 32 bits: guesses and comparisons as vectors of four integers.
 struct FourSites {
