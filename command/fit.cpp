@@ -278,45 +278,45 @@ std::vector<Integral> integrals_of(const FitOptions& options) {
   return list;
 }
 
-// Integrals follow as comments: the output stays a table of numbers.
-void write_values(const FitOptions& options, const Data& data, const Spline& spline, const std::vector<double>& sites,
-                  const std::vector<Integral>& integrals) {
+// Values at the sites; integrals follow as comments, since the output stays a table of numbers.
+std::unique_ptr<RowWriter> write_values(const FitOptions& options, const Data& data, const Spline& spline,
+                                        const std::vector<double>& sites, const std::vector<Integral>& integrals) {
   std::vector<std::string> names = {data.x_name};
   for (const std::string& y : data.y_names)
     for (const int64_t order : options.derivatives) names.push_back(y + std::string(static_cast<size_t>(order), '\''));
   const std::vector<double> r = spline.evaluate(sites, options.derivatives);
   const size_t width = names.size() - 1;
-  RowWriter writer(options.output, Real::Double, names);
+  auto writer = std::make_unique<RowWriter>(options.output, Real::Double, names);
   for (size_t s = 0; s < sites.size(); ++s) {
-    writer.number(sites[s]);
-    for (size_t k = 0; k < width; ++k) writer.number(r[s * width + k]);
-    writer.end_row();
+    writer->number(sites[s]);
+    for (size_t k = 0; k < width; ++k) writer->number(r[s * width + k]);
+    writer->end_row();
   }
   for (const Integral& integral : integrals) {
     const std::vector<double> values = spline.integrate(integral.from, integral.to);
     for (size_t f = 0; f < values.size(); ++f)
-      writer.comment("integral of " + data.y_names[f] + " from " + shown(integral.from) + " to " + shown(integral.to) +
-                     ": " + shown(values[f]));
+      writer->comment("integral of " + data.y_names[f] + " from " + shown(integral.from) + " to " + shown(integral.to) +
+                      ": " + shown(values[f]));
   }
-  writer.commit();
+  return writer;
 }
 
-void write_integrals(const FitOptions& options, const Data& data, const Spline& spline,
-                     const std::vector<Integral>& integrals) {
+std::unique_ptr<RowWriter> write_integrals(const FitOptions& options, const Data& data, const Spline& spline,
+                                           const std::vector<Integral>& integrals) {
   std::vector<std::string> names = {"from", "to"};
   for (const std::string& y : data.y_names) names.push_back("integral of " + y);
-  RowWriter writer(options.output, Real::Double, names);
+  auto writer = std::make_unique<RowWriter>(options.output, Real::Double, names);
   for (const Integral& integral : integrals) {
-    writer.number(integral.from);
-    writer.number(integral.to);
-    for (const double value : spline.integrate(integral.from, integral.to)) writer.number(value);
-    writer.end_row();
+    writer->number(integral.from);
+    writer->number(integral.to);
+    for (const double value : spline.integrate(integral.from, integral.to)) writer->number(value);
+    writer->end_row();
   }
-  writer.commit();
+  return writer;
 }
 
-void draw(const FitOptions& options, const Data& data, const Spline& spline, const std::vector<double>& sites,
-          const std::vector<Integral>& integrals) {
+std::string draw(const FitOptions& options, const Data& data, const Spline& spline, const std::vector<double>& sites,
+                 const std::vector<Integral>& integrals) {
   FitPicture picture;
   picture.x_name = data.x_name;
   picture.title = options.kind + (options.boundary.empty() ? "" : ", " + options.boundary);
@@ -344,9 +344,7 @@ void draw(const FitOptions& options, const Data& data, const Spline& spline, con
     picture.shaded_low = std::min(integrals[0].from, integrals[0].to);
     picture.shaded_high = std::max(integrals[0].from, integrals[0].to);
   }
-  Output output(options.picture);
-  output.write(draw_fit(picture));
-  output.commit();
+  return draw_fit(picture);
 }
 
 void fit(const FitOptions& given) {
@@ -374,12 +372,20 @@ void fit(const FitOptions& given) {
                   (data.points() == 1 ? "is " : "are ") + std::to_string(data.points()));
   const Spline spline(data, kind, end_condition(options, kind, data));
   const std::vector<double> sites = options.at.empty() ? std::vector<double>() : sites_of(options, data);
-  if (!options.picture.empty()) draw(options, data, spline, sites, integrals);
+  // Both files appear when both are complete.
+  std::unique_ptr<RowWriter> table;
   if (!sites.empty()) {
-    write_values(options, data, spline, sites, integrals);
+    table = write_values(options, data, spline, sites, integrals);
   } else if (!integrals.empty()) {
-    write_integrals(options, data, spline, integrals);
+    table = write_integrals(options, data, spline, integrals);
   }
+  std::unique_ptr<Output> picture;
+  if (!options.picture.empty()) {
+    picture = std::make_unique<Output>(options.picture);
+    picture->write(draw(options, data, spline, sites, integrals));
+  }
+  if (table) table->commit();
+  if (picture) picture->commit();
   if (data.left_out > 0)
     std::fprintf(stderr, "tarn: %zu %s left out for missing cells\n", data.left_out,
                  data.left_out == 1 ? "row" : "rows");

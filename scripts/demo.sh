@@ -64,7 +64,19 @@ show "tarn stats --column Ozone --column Solar.R --column Wind --column Temp --s
 echo "The same in blocks of a kilobyte, as for a file larger than memory: moments agree, quantiles come from a sketch."
 show "tarn stats --column Ozone --column Temp --block 1000 --moments-only data/air-quality-new-york-1973.csv"
 
-heading "6. The functions"
+heading "6. A curve through the carbon dioxide readings"
+echo "Monthly readings have no value between them; a spline has one, and its slope and integral besides."
+show "tarn fit --x year --y ppm --kind akima --at 1997.5,1997.55,1997.6 --derivatives 0,1 --integrate 1996:1997 --picture out/co2-curve.svg data/co2-mauna-loa-1959-1997.csv"
+mean=$(tarn fit --x year --y ppm --kind akima --integrate 1996:1997 data/co2-mauna-loa-1959-1997.csv | cut -f3)
+readings=$(awk -F, '$1 >= 1996 && $1 < 1997 { n++; s += $3 } END { printf "%.2f", s/n }' data/co2-mauna-loa-1959-1997.csv)
+echo "The integral over 1996 is the year's mean: $mean ppm. The mean of its twelve readings: $readings ppm."
+echo "Kinds differ most where data bend: the year 1974 by four of them."
+for kind in linear natural akima hyman; do
+  printf '%-8s' "$kind"
+  tarn fit --x year --y ppm --kind "$kind" --at 1974.3,1974.375,1974.45,1974.7 data/co2-mauna-loa-1959-1997.csv | cut -f2 | paste -sd' '
+done
+
+heading "7. The functions"
 show "tarn list Ln"
 echo "tarn list alone shows all of them."
 
@@ -92,4 +104,4 @@ set ylabel "reading / trend"
 plot "out/co2-with-trend.txt" using 1:($2/$4) with lines notitle lc rgb "#228833"
 unset multiplot
 GNUPLOT
-heading "Pictures: out/demo.svg, out/air-quality.svg, out/air-quality-histograms.svg"
+heading "Pictures: out/demo.svg, out/air-quality.svg, out/air-quality-histograms.svg, out/co2-curve.svg"
