@@ -190,9 +190,9 @@ using sInvCbrt_LA = sCubeRoot<Root::inverse, Precision::low>;
 using sInvCbrt_EP = sCubeRoot<Root::inverse, Precision::ep>;
 TARN_CLAIM(sCbrt, HA, 0.53, -3.5e38, 3.5e38)
 TARN_CLAIM(sCbrt, LA, 1.1, -3.5e38, 3.5e38)
-TARN_CLAIM(sCbrt, EP, 16, -3.5e38, 3.5e38)
+TARN_CLAIM(sCbrt, EP, 4.5, -3.5e38, 3.5e38)
 TARN_CLAIM(sInvCbrt, HA, 0.53, -3.5e38, 3.5e38)
 TARN_CLAIM(sInvCbrt, LA, 1.1, -3.5e38, 3.5e38)
-TARN_CLAIM(sInvCbrt, EP, 16, -3.5e38, 3.5e38)
+TARN_CLAIM(sInvCbrt, EP, 12, -3.5e38, 3.5e38)
 
 }
