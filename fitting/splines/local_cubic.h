@@ -16,7 +16,7 @@ constexpr int64_t threaded_values = 512, item_cells = 2048, item_functions = 4;
 // index of their cell or point in the partition. Reaches halo cells to either side, as far as the partition goes.
 template <class Real> struct Block {
   static constexpr int64_t room = block_cells + 2 * halo + 4; // vectors may begin inside and end beyond
-  alignas(16) Real value[room], length[room], inverse[room], slope[room], derivative[room];
+  alignas(16) Real value[room], inverse[room], slope[room], derivative[room];
 };
 
 template <class Real, bool uniform> struct Window {
@@ -30,9 +30,7 @@ template <class Real, bool uniform> struct Window {
   template <class V> V value(int64_t i) const { return load<V>(values + (i - values_from)); }
   template <class V> V slope(int64_t i) const { return load<V>(block->slope + (i - origin)); }
   template <class V> V derivative(int64_t i) const { return load<V>(block->derivative + (i - origin)); }
-  template <class V> V length(int64_t i) const {
-    return uniform ? grid.template length<V>(i) : load<V>(block->length + (i - origin));
-  }
+  template <class V> V length(int64_t i) const { return grid.template length<V>(i); }
   template <class V> V inverse(int64_t i) const {
     return uniform ? grid.template inverse<V>(i) : load<V>(block->inverse + (i - origin));
   }
@@ -101,9 +99,11 @@ struct Bessel {
 struct Hyman : Bessel {
   template <class V, class Real, bool uniform> static V derivative(const Window<Real, uniform>& at, int64_t i) {
     const V left_slope = at.template slope<V>(i - 1), right_slope = at.template slope<V>(i);
-    const V bound = broadcast<V>(Real(3)) * smaller(magnitude(left_slope), magnitude(right_slope));
-    const V held = smaller(larger(Bessel::derivative<V>(at, i), -bound), bound);
-    return select(left_slope * right_slope > V{}, held, V{});
+    const V three = broadcast<V>(Real(3)), low = smaller(left_slope, right_slope),
+            high = larger(left_slope, right_slope);
+    // Of rising data 0 to three times the lesser slope, of falling data likewise; at an extreme nothing but 0 remains.
+    const V most = larger(three * low, V{}), least = smaller(three * high, V{});
+    return smaller(larger(Bessel::derivative<V>(at, i), least), most);
   }
 };
 
@@ -175,12 +175,9 @@ private:
     for_lanes<Real>(low, high, [&block, at](auto lane, int64_t i) {
       using V = decltype(lane);
       const V rise = at.template value<V>(i + 1) - at.template value<V>(i);
-      if constexpr (!uniform) {
-        const V length = at.grid.template length<V>(i);
-        store(block.length + (i - at.origin), length);
-        store(block.inverse + (i - at.origin), broadcast<V>(Real(1)) / length);
-      }
-      at.set_slope(i, rise * at.template inverse<V>(i));
+      const V inverse = at.grid.template inverse<V>(i);
+      if constexpr (!uniform) store(block.inverse + (i - at.origin), inverse);
+      at.set_slope(i, rise * inverse);
     });
   }
 
@@ -241,7 +238,7 @@ void write_item(const LocalWork<Real>& work, int64_t number, int32_t thread) {
     spline.write(j, item.first_cell, item.end_cell, work.blocks + thread);
 }
 
-// Small tasks stay on this thread and its stack.
+// Small tasks are not shared; one thread alone works on its stack.
 template <class Kind, class Real, bool interleaved, bool uniform>
 int32_t local_cubic(const DFTask* task, const LocalEnds<Real>& ends, const tarn_threader* threader,
                     tarn_loop_body body) {
@@ -255,12 +252,13 @@ int32_t local_cubic(const DFTask* task, const LocalEnds<Real>& ends, const tarn_
   // The boundary's own cells do not count when blocks are cut.
   const int64_t cell_blocks = maximum(divided_up(n - Kind::min_points, item_cells), 1);
   const int64_t groups = divided_up(functions, item_functions);
-  LocalWork<Real> work = {task, ends, {n - 1, functions, cell_blocks, groups, item_cells, item_functions}, nullptr};
-  const int32_t threads = thread_count(threader, work.items.count());
-  work.blocks = allocate<Block<Real>>(threads);
+  const Items items = {n - 1, functions, cell_blocks, groups, item_cells, item_functions};
+  const int32_t threads = thread_count(threader, items.count());
+  Block<Real> own;
+  LocalWork<Real> work = {task, ends, items, threads == 1 ? &own : allocate<Block<Real>>(threads)};
   if (!work.blocks) return TARN_DF_ERROR_ALLOCATION;
-  share(threader, work.items.count(), threads, &work, body);
-  tarn_serv_deallocate(work.blocks);
+  share(threader, items.count(), threads, &work, body);
+  if (work.blocks != &own) tarn_serv_deallocate(work.blocks);
   return TARN_DF_OK;
 }
 
