@@ -2,6 +2,7 @@
 // width of integers and the threads.
 #include <cstring>
 #include <limits>
+#include <mutex>
 #include <numeric>
 
 #include <gtest/gtest.h>
@@ -384,6 +385,7 @@ TYPED_TEST(Interpolate, LookUp) {
 
 // Notes what it is called with and answers site + 1000 (cell + 1), or the status asked for.
 struct Log {
+  std::mutex lock; // several threads may call
   int32_t status = 0, after = 0;
   int64_t calls = 0, sites = 0, largest = 0, nder = 1;
   int64_t lowest_cell = INT64_MAX, highest_cell = INT64_MIN;
@@ -392,6 +394,7 @@ template <class Real>
 int32_t answer(const int64_t* n, const int64_t* cell, const Real* site, Real* r, void* parameter, void* null_word) {
   Log& log = *static_cast<Log*>(parameter);
   EXPECT_EQ(null_word, nullptr);
+  const std::lock_guard held(log.lock);
   log.sites += *n;
   log.largest = std::max(log.largest, *n);
   for (int64_t i = 0; i < *n; ++i) {
