@@ -100,6 +100,7 @@ int32_t _Integr1DKernel(IntegrationWork<Real>& work, bool callbacks, const tarn_
   }
   for (; block < blocks && status == TARN_DF_OK; ++block) status = integrate_block(work, block, 0);
   if (work.scratch != on_stack) tarn_serv_deallocate(work.scratch);
+  work.scratch = nullptr;
   return status;
 }
 

@@ -121,6 +121,7 @@ template <class Real> int32_t interpolate_blocks(Interpolation<Real>& work, cons
     for (int64_t b = 0; b < blocks && status == TARN_DF_OK; ++b) status = interpolate_block(work, b, 0);
   }
   if (work.scratch != on_stack) tarn_serv_deallocate(work.scratch);
+  work.scratch = nullptr;
   return status;
 }
 
@@ -135,11 +136,14 @@ template <class Real> int64_t cell_of_one(SearchRun<Real>& run, SearchMethod met
   }
 }
 
+// A cell that the caller gives, in the width of the task.
+template <class Real> int64_t given_cell(const Interpolation<Real>& work) {
+  if (work.cell_bytes == 8) return *reinterpret_cast<const int64_t*>(work.cell);
+  return *reinterpret_cast<const int32_t*>(work.cell);
+}
+
 template <class Real> void interpolate_one(Interpolation<Real>& work, Interpolant kind) {
-  const int64_t cell = work.method == SearchMethod::None ? work.cell_bytes == 8
-                                                               ? *reinterpret_cast<const int64_t*>(work.cell)
-                                                               : *reinterpret_cast<const int32_t*>(work.cell)
-                                                         : cell_of_one(work.search, work.method, work.site[0]);
+  const int64_t cell = work.cell ? given_cell(work) : cell_of_one(work.search, work.method, work.site[0]);
   const Evaluation<Real>& e = work.evaluation;
   switch (kind) {
   case Interpolant::Linear: evaluate<Interpolant::Linear>(e, 0, 1, work.site, &cell, work.r); break;
