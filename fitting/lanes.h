@@ -40,9 +40,15 @@ inline Vector<float> smaller(Vector<float> a, Vector<float> b) { return _mm_min_
 inline Vector<float> larger(Vector<float> a, Vector<float> b) { return _mm_max_ps(a, b); }
 
 // Whether a comparison held in any lane.
-inline bool any(bool held) { return held; }
-inline bool any(Integers<Vector<double>> held) { return _mm_movemask_pd(Vector<double>(held)) != 0; }
-inline bool any(Integers<Vector<float>> held) { return _mm_movemask_ps(Vector<float>(held)) != 0; }
+template <class Held> bool any(Held held) {
+  if constexpr (sizeof held == sizeof(bool)) {
+    return held;
+  } else if constexpr (sizeof held[0] == sizeof(double)) {
+    return _mm_movemask_pd(Vector<double>(held)) != 0;
+  } else {
+    return _mm_movemask_ps(Vector<float>(held)) != 0;
+  }
+}
 
 // Runs body(V, i) for i = from, from + lanes, ... while whole vectors remain before to, two of them a turn, then
 // body(Real, i) one by one.

@@ -14,7 +14,8 @@ TARN_BY_PLACE_AND_CONDITION(TARN_VARIANT, Default)
 
 using Variant = int32_t (*)(const DFTask*);
 #define TARN_ENTRY(K, L, G, C) _v1DCS##K##Y##L##G##C<Real>,
-template <class Real> constexpr Variant __DispatchDefault[] = {TARN_BY_PLACE_AND_CONDITION(TARN_ENTRY, Default)};
+template <class Real>
+constexpr Variant __DispatchDefault[places * column_count] = {TARN_BY_PLACE_AND_CONDITION(TARN_ENTRY, Default)};
 #define TARN_HOLD(K, L, G, C)                                                                                          \
   static_assert(__DispatchDefault<double>[place_of(words::L, words::G, words::at_##C)] ==                              \
                 _v1DCS##K##Y##L##G##C<double>);

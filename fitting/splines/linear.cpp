@@ -15,7 +15,7 @@ TARN_BY_PLACE(TARN_VARIANT, Linear)
 
 using Variant = int32_t (*)(const DFTask*, const tarn_threader*);
 #define TARN_ENTRY(K, L, G) _v1DLS##K##Y##L##G<Real>,
-template <class Real> constexpr Variant __DispatchLinear[] = {TARN_BY_PLACE(TARN_ENTRY, Linear)};
+template <class Real> constexpr Variant __DispatchLinear[places] = {TARN_BY_PLACE(TARN_ENTRY, Linear)};
 #define TARN_HOLD(K, L, G)                                                                                             \
   static_assert(__DispatchLinear<double>[place_of(words::L, words::G)] == _v1DLS##K##Y##L##G<double>);
 TARN_BY_PLACE(TARN_HOLD, Linear)

@@ -170,13 +170,12 @@ private:
     });
   }
 
-  void find_slopes(const Around& at, int64_t low, int64_t high) const {
-    Block<Real>& block = *at.block;
-    for_lanes<Real>(low, high, [&block, at](auto lane, int64_t i) {
+  static void find_slopes(const Around& at, int64_t low, int64_t high) {
+    for_lanes<Real>(low, high, [at](auto lane, int64_t i) {
       using V = decltype(lane);
       const V rise = at.template value<V>(i + 1) - at.template value<V>(i);
       const V inverse = at.grid.template inverse<V>(i);
-      if constexpr (!uniform) store(block.inverse + (i - at.origin), inverse);
+      if constexpr (!uniform) store(at.block->inverse + (i - at.origin), inverse);
       at.set_slope(i, rise * inverse);
     });
   }

@@ -38,7 +38,7 @@ template <class Kind, class Real> struct Boundaries {
   static_assert(__Dispatch##K<double>[place_of(words::L, words::G)] == _v1DCS##K##Y##L##G<double>);
 #define TARN_KIND(K)                                                                                                   \
   TARN_BY_PLACE(TARN_VARIANT, K)                                                                                       \
-  template <class Real> constexpr Variant<Real> __Dispatch##K[] = {TARN_BY_PLACE(TARN_ENTRY, K)};                      \
+  template <class Real> constexpr Variant<Real> __Dispatch##K[places] = {TARN_BY_PLACE(TARN_ENTRY, K)};                \
   TARN_BY_PLACE(TARN_HOLD, K)
 
 template <class Real> using Variant = int32_t (*)(const DFTask*, const LocalEnds<Real>&, const tarn_threader*);

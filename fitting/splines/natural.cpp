@@ -16,7 +16,8 @@ TARN_BY_PLACE_AND_CONDITION(TARN_VARIANT, Natural)
 
 using Variant = int32_t (*)(const DFTask*, const tarn_threader*);
 #define TARN_ENTRY(K, L, G, C) _v1DCS##K##Y##L##G##C<Real>,
-template <class Real> constexpr Variant __DispatchNatural[] = {TARN_BY_PLACE_AND_CONDITION(TARN_ENTRY, Natural)};
+template <class Real>
+constexpr Variant __DispatchNatural[places * column_count] = {TARN_BY_PLACE_AND_CONDITION(TARN_ENTRY, Natural)};
 #define TARN_HOLD(K, L, G, C)                                                                                          \
   static_assert(__DispatchNatural<double>[place_of(words::L, words::G, words::at_##C)] ==                              \
                 _v1DCS##K##Y##L##G##C<double>);

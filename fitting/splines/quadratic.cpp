@@ -14,7 +14,7 @@ using Variant = int32_t (*)(const DFTask*);
 TARN_BY_PLACE(TARN_VARIANT, Std)
 #undef TARN_VARIANT
 #define TARN_ENTRY(K, L, G) _v1DQS##K##Y##L##G<Real>,
-template <class Real> constexpr Variant __Dispatch_Std[] = {TARN_BY_PLACE(TARN_ENTRY, Std)};
+template <class Real> constexpr Variant __Dispatch_Std[places] = {TARN_BY_PLACE(TARN_ENTRY, Std)};
 #undef TARN_ENTRY
 #define TARN_HOLD(K, L, G)                                                                                             \
   static_assert(__Dispatch_Std<double>[place_of(words::L, words::G)] == _v1DQS##K##Y##L##G<double>);
@@ -39,7 +39,8 @@ constexpr EndCondition right_condition(Column column) {
 TARN_SUBBOTIN(TARN_VARIANT, TARN_NO_VARIANT)
 #define TARN_ENTRY(S, L, G, B) _v1DQSSubb##S##Y##L##G##B<Real>,
 #define TARN_NULL_ENTRY(S, L, G) nullptr,
-template <class Real> constexpr Variant __Dispatch_Subb[] = {TARN_SUBBOTIN(TARN_ENTRY, TARN_NULL_ENTRY)};
+template <class Real>
+constexpr Variant __Dispatch_Subb[2 * places * column_count] = {TARN_SUBBOTIN(TARN_ENTRY, TARN_NULL_ENTRY)};
 #define TARN_HOLD(S, L, G, B)                                                                                          \
   static_assert(__Dispatch_Subb<double>[place_of(words::S, words::L, words::G, words::at_##B)] ==                      \
                 _v1DQSSubb##S##Y##L##G##B<double>);

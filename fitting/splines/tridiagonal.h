@@ -31,13 +31,14 @@ template <bool with_rhs, class Real>
 bool eliminate(int64_t n, Real* sub, Real* diag, Real* super, [[maybe_unused]] Real* rhs) {
   const Chains chains(n);
   bool regular = true;
-  Pair<Real> reciprocal{}, coupling{}, value{};
+  Pair<Real> pivot = {1, 1}, towards{}, reciprocal{}, coupling{}, value{};
   for (int64_t s = 0; s < chains.right; ++s) {
     const int64_t t = n - 1 - s;
     const Pair<Real> from = s ? Pair<Real>{sub[s - 1], super[t]} : Pair<Real>{};
-    const Pair<Real> towards = {super[s], sub[t - 1]};
-    const Pair<Real> pivot = Pair<Real>{diag[s], diag[t]} - from * coupling;
+    // From pivot to pivot the chain is one division and one subtraction; nothing waits for the reciprocals.
+    pivot = Pair<Real>{diag[s], diag[t]} - from * towards / pivot;
     const Pair<Real> multiple = from * reciprocal;
+    towards = Pair<Real>{super[s], sub[t - 1]};
     reciprocal = Real(1) / pivot;
     coupling = towards * reciprocal;
     regular = regular && pivot[0] != 0 && pivot[1] != 0;
@@ -54,10 +55,10 @@ bool eliminate(int64_t n, Real* sub, Real* diag, Real* super, [[maybe_unused]] R
   if (chains.left > chains.right) { // an even number of rows: one more from above
     const int64_t s = chains.left - 1;
     const Real from = s ? sub[s - 1] : 0;
-    const Real pivot = diag[s] - from * upper_coupling, multiple = from * upper_reciprocal;
-    upper_reciprocal = 1 / pivot;
+    const Real upper_pivot = diag[s] - from * upper_coupling, multiple = from * upper_reciprocal;
+    upper_reciprocal = 1 / upper_pivot;
     upper_coupling = super[s] * upper_reciprocal;
-    regular = regular && pivot != 0;
+    regular = regular && upper_pivot != 0;
     diag[s] = upper_reciprocal;
     super[s] = upper_coupling;
     if (s) sub[s - 1] = multiple;
@@ -68,13 +69,13 @@ bool eliminate(int64_t n, Real* sub, Real* diag, Real* super, [[maybe_unused]] R
   }
   const int64_t k = chains.left;
   const Real above = k > 0 ? sub[k - 1] : 0, below = k < n - 1 ? super[k] : 0;
-  const Real pivot = diag[k] - above * upper_coupling - below * coupling[1];
+  const Real middle_pivot = diag[k] - above * upper_coupling - below * coupling[1];
   const Real multiple_above = above * upper_reciprocal, multiple_below = below * reciprocal[1];
-  diag[k] = 1 / pivot;
+  diag[k] = 1 / middle_pivot;
   if (k > 0) sub[k - 1] = multiple_above;
   if (k < n - 1) super[k] = multiple_below;
   if constexpr (with_rhs) rhs[k] = (rhs[k] - multiple_above * upper_value - multiple_below * value[1]) * diag[k];
-  return regular && pivot != 0;
+  return regular && middle_pivot != 0;
 }
 
 // What eliminate<true> does to a right-hand side, by the factors: the same operations.

@@ -16,12 +16,13 @@ constexpr Column at_1st1st = both_1st, at_1st2nd = left_1st_right_2nd;
 constexpr Column at_2nd1st = left_2nd_right_1st, at_2nd2nd = both_2nd;
 }
 
+constexpr int64_t places = 4;
 constexpr int64_t place_of(bool interleaved, bool uniform) { return (interleaved ? 0 : 2) + (uniform ? 1 : 0); }
 constexpr int64_t place_of(bool interleaved, bool uniform, int64_t column) {
   return place_of(interleaved, uniform) * column_count + column;
 }
 constexpr int64_t place_of(bool uniform_subgrid, bool interleaved, bool uniform, int64_t column) {
-  return (uniform_subgrid ? 4 * column_count : 0) + place_of(interleaved, uniform, column);
+  return (uniform_subgrid ? places * column_count : 0) + place_of(interleaved, uniform, column);
 }
 
 // The kinds to which the caller gives derivatives take those at the ends of a period from him too; told by the type.
