@@ -60,10 +60,12 @@ template <int Terms, int Order, class Real, class Cell, class Pieces>
 void evaluate_order(Pieces pieces, const Real* c, int64_t count, const Real* site, const Cell* cell, Real* out,
                     int64_t step) {
   constexpr int width = lanes<Vector<Real>, Real>;
-  constexpr int64_t ahead = 12; // sites: the coefficients of random ones come from afar
+  // Coefficients beyond the nearer caches are asked for ahead of their use.
+  constexpr int64_t ahead = 12, near_bytes = 1 << 18;
+  const bool distant = pieces.points.n * Terms * int64_t(sizeof(Real)) > near_bytes;
   int64_t s = 0;
   for (; s + width <= count; s += width) {
-    if (s + ahead + width <= count)
+    if (distant && s + ahead + width <= count)
       for (int l = 0; l < width; ++l) __builtin_prefetch(c + (int64_t(cell[s + ahead + l]) - 1) * Terms);
     const Real* at[width];
     Vector<Real> origin, columns[Terms];

@@ -140,6 +140,20 @@ inline bool four_ascend(const float* site) {
   const __m128 a = _mm_loadu_ps(site), next = _mm_shuffle_ps(a, a, _MM_SHUFFLE(3, 3, 2, 1));
   return _mm_movemask_ps(_mm_cmple_ps(a, next)) == 15;
 }
+// Whether every site of a run of 32 lies below a point.
+constexpr int64_t run_of_sites = 32;
+inline bool all_below(const double* site, double point) {
+  const __m128d p = _mm_set1_pd(point);
+  __m128d below = _mm_cmplt_pd(_mm_loadu_pd(site), p);
+  for (int k = 2; k < run_of_sites; k += 2) below = _mm_and_pd(below, _mm_cmplt_pd(_mm_loadu_pd(site + k), p));
+  return _mm_movemask_pd(below) == 3;
+}
+inline bool all_below(const float* site, float point) {
+  const __m128 p = _mm_set1_ps(point);
+  __m128 below = _mm_cmplt_ps(_mm_loadu_ps(site), p);
+  for (int k = 4; k < run_of_sites; k += 4) below = _mm_and_ps(below, _mm_cmplt_ps(_mm_loadu_ps(site + k), p));
+  return _mm_movemask_ps(below) == 15;
+}
 // All bits set where a site is not below a point.
 inline Int4 four_from(const double* site, double point) {
   const __m128d p = _mm_set1_pd(point);
@@ -159,6 +173,14 @@ int32_t search_sorted(SearchRun<Real>& run, int64_t count, const Real* site, Cel
   cursor = site[0] == run.right ? n - 1 : bisect(x, cursor, n, site[0]);
   cell[0] = static_cast<Cell>(cursor);
   for (int64_t i = 1; i < count;) {
+    // Sites that crowd in one cell leave the cursor where it is.
+    if (i + run_of_sites <= count && cursor < n && site[i + run_of_sites - 1] < x[cursor] &&
+        all_below(site + i, x[cursor])) {
+      const Cell here = static_cast<Cell>(cursor);
+      for (int64_t k = 0; k < run_of_sites; ++k) cell[i + k] = here;
+      i += run_of_sites;
+      continue;
+    }
     // Four sites that pass at most two points need no branch for each.
     if (sizeof(Index) == 4 && i + 4 <= count && cursor < n - 2 && site[i + 3] < x[cursor + 2] &&
         four_ascend(site + i)) {
