@@ -52,7 +52,8 @@ public:
 
 private:
   static constexpr int64_t settling = 24;
-  static constexpr Real settled = Real(0.26794919243112270647); // 2 - sqrt(3)
+  static constexpr Real settled = Real(0.26794919243112270647); // 2 - sqrt(3), the lesser root of w^2 - 4 w + 1
+  static_assert(settled * (4 - settled) - 1 < __FLT_EPSILON__ && 1 - settled * (4 - settled) < __FLT_EPSILON__);
   Chains chains{0};
   Real reciprocal[2][settling], coupling[2][settling], middle;
 
