@@ -20,21 +20,32 @@ __m128i load(const void* from) { return _mm_loadu_si128(static_cast<const __m128
 void store(void* to, __m128i x) { _mm_storeu_si128(static_cast<__m128i*>(to), x); }
 __m128i all(uint32_t x) { return _mm_set1_epi32(static_cast<int32_t>(x)); }
 
-// Words as signed integers about the middle of the interval.
-void convert(const uint32_t* words, double* r, int64_t n) {
-  const __m128d scale = _mm_set1_pd(two_to_minus_32), middle = _mm_set1_pd(0.5);
+// How a generator's words become numbers: as signed integers, as unsigned less 2^31, as unsigned.
+enum class Reading { Signed, Centred, Unsigned };
+
+template <Reading reading> void convert(const uint32_t* words, double* r, int64_t n) {
+  constexpr uint32_t flip = reading == Reading::Signed ? 0 : 0x80000000;
+  const __m128d scale = _mm_set1_pd(two_to_minus_32), two31 = _mm_set1_pd(0x1p31);
+  const __m128d offset = _mm_set1_pd(reading == Reading::Unsigned ? 0 : 0.5);
+  auto put = [&](double* to, __m128i w) {
+    __m128d t = _mm_cvtepi32_pd(w);
+    if constexpr (reading == Reading::Unsigned) t = _mm_add_pd(t, two31);
+    _mm_storeu_pd(to, _mm_add_pd(_mm_mul_pd(t, scale), offset));
+  };
   int64_t k = 0;
   for (; k + 4 <= n; k += 4) {
-    const __m128i w = load(words + k);
-    _mm_storeu_pd(r + k, _mm_add_pd(_mm_mul_pd(_mm_cvtepi32_pd(w), scale), middle));
-    const __m128i high = _mm_shuffle_epi32(w, _MM_SHUFFLE(1, 0, 3, 2));
-    _mm_storeu_pd(r + k + 2, _mm_add_pd(_mm_mul_pd(_mm_cvtepi32_pd(high), scale), middle));
+    __m128i w = load(words + k);
+    if constexpr (flip != 0) w = _mm_xor_si128(w, all(flip));
+    put(r + k, w);
+    put(r + k + 2, _mm_shuffle_epi32(w, _MM_SHUFFLE(1, 0, 3, 2)));
   }
-  for (; k < n; k++) r[k] = static_cast<int32_t>(words[k]) * two_to_minus_32 + 0.5;
+  for (; k < n; k++)
+    r[k] = reading == Reading::Unsigned ? words[k] * two_to_minus_32
+                                        : static_cast<int32_t>(words[k] ^ flip) * two_to_minus_32 + 0.5;
 }
 
 // 59-bit integers.
-void convert(const uint64_t* words, double* r, int64_t n) {
+template <Reading> void convert(const uint64_t* words, double* r, int64_t n) {
   for (int64_t k = 0; k < n; k++) r[k] = static_cast<double>(static_cast<int64_t>(words[k])) * 0x1p-59;
 }
 
@@ -70,7 +81,7 @@ template <class Generator> struct ByBlocks {
   void doubles(double* r, int64_t n) {
     while (n > 0) {
       const int64_t count = take(n);
-      convert(block + at, r, count);
+      convert<Generator::reading>(block + at, r, count);
       at += count;
       r += count;
       n -= count;
@@ -88,6 +99,7 @@ void scramble(uint32_t* words, int64_t n) {
 template <int N, int M, int R, int U, uint32_t matrix, uint32_t b, uint32_t c> struct Twister {
   using Word = uint32_t;
   static constexpr int64_t block_size = N;
+  static constexpr Reading reading = N == 624 ? Reading::Unsigned : Reading::Centred; // MT19937, MT2203
   uint32_t ring[N];
   Twister() { scramble(ring, N); }
 
@@ -134,6 +146,7 @@ using MT2203 = Twister<69, 34, 5, 12, 0xAF81055F, 0xDD7EEF80, 0xEFD78000>;
 struct SFMT19937 {
   using Word = uint32_t;
   static constexpr int64_t block_size = 624;
+  static constexpr Reading reading = Reading::Signed;
   __m128i ring[156];
   SFMT19937() {
     uint32_t words[624];
@@ -166,6 +179,7 @@ struct SFMT19937 {
 struct MCG31M1 {
   using Word = uint32_t;
   static constexpr int64_t block_size = 1024;
+  static constexpr Reading reading = Reading::Signed;
   static constexpr uint32_t modulus = 0x7FFFFFFF, a = 1132489760;
   __m128i lanes[4], step;
   MCG31M1() {
@@ -197,6 +211,7 @@ struct MCG31M1 {
 struct MCG59 {
   using Word = uint64_t;
   static constexpr int64_t block_size = 1024;
+  static constexpr Reading reading = Reading::Signed;
   static constexpr uint64_t mask = (uint64_t{1} << 59) - 1, a = 302875106592253;
   uint64_t lanes[8], step = 1;
   MCG59() {
@@ -223,6 +238,7 @@ struct MCG59 {
 struct R250 {
   using Word = uint32_t;
   static constexpr int64_t block_size = 2000;
+  static constexpr Reading reading = Reading::Unsigned;
   uint32_t history[250];
   R250() { scramble(history, 250); }
   void fill(uint32_t* out) {
@@ -278,11 +294,30 @@ struct MRG32k3a {
   }
 };
 
+struct MRG32k3aIntegers {
+  using Word = uint32_t;
+  uint64_t x[3] = {12345, 12345, 12345}, y[3] = {12345, 12345, 12345};
+  uint32_t next() {
+    constexpr uint64_t m1 = 4294967087, m2 = 4294944443;
+    const uint64_t p = (1403580 * x[1] + 810728 * (m1 - x[0])) % m1, q = (527612 * y[2] + 1370589 * (m2 - y[0])) % m2;
+    x[0] = x[1], x[1] = x[2], x[2] = p;
+    y[0] = y[1], y[1] = y[2], y[2] = q;
+    return static_cast<uint32_t>(p >= q ? p - q : p - q + m1);
+  }
+  void words(uint32_t* r, int64_t n) {
+    for (int64_t k = 0; k < n; k++) r[k] = next();
+  }
+  void doubles(double* r, int64_t n) {
+    for (int64_t k = 0; k < n; k++) r[k] = next() * 2.328306549837829e-10;
+  }
+};
+
 // ---- Counter generators
 
 struct PhiloxSimd {
   using Word = uint32_t;
   static constexpr int64_t block_size = 512;
+  static constexpr Reading reading = Reading::Signed;
   uint32_t counter = 0;
   void fill(uint32_t* out) {
     for (int64_t k = 0; k < block_size; k += 16, counter += 4) {
@@ -315,6 +350,7 @@ struct PhiloxSimd {
 struct ArsSimd {
   using Word = uint32_t;
   static constexpr int64_t block_size = 512;
+  static constexpr Reading reading = Reading::Signed;
   __m128i counter = _mm_setzero_si128();
   void fill(uint32_t* out) {
     __m128i key[6];
@@ -356,7 +392,7 @@ template <class Function> struct Random123 {
     run(n, [r](int64_t k, int64_t count, const Counter& c) {
       uint32_t words[4];
       std::memcpy(words, &c, sizeof words);
-      convert(words, r + k, count);
+      convert<Reading::Signed>(words, r + k, count);
     });
   }
 };
@@ -423,7 +459,7 @@ std::vector<PlainGenerator> plain_generators(const std::string& name, int dimens
   if (name == "MCG59") return {plain<ByBlocks<MCG59>>("plain, eight lanes")};
   if (name == "R250") return {plain<ByBlocks<R250>>("plain SSE4")};
   if (name == "WH") return {plain<WH>("plain, scalar")};
-  if (name == "MRG32K3A") return {plain<MRG32k3a>("published program")};
+  if (name == "MRG32K3A") return {plain<MRG32k3a>("published program"), plain<MRG32k3aIntegers>("plain, integers")};
   if (name == "MT19937") return {plain<ByBlocks<MT19937>>("plain SSE4")};
   if (name == "MT2203") return {plain<ByBlocks<MT2203>>("plain SSE4")};
   if (name == "SFMT19937") return {plain<ByBlocks<SFMT19937>>("plain SSE4")};

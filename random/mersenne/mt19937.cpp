@@ -101,7 +101,7 @@ template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
     y ^= (y << 15) & 0xEFC60000u;
     return y ^ y >> 18;
   };
-  Ring::generate<3>(state.x, state.index, kMatrix, n, map, temper);
+  Ring::generate(state.x, state.index, kMatrix, n, map, temper);
   return TARN_RANDOM_OK;
 }
 

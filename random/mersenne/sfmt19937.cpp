@@ -35,7 +35,9 @@ UInt4 next(UInt4 here, UInt4 far, UInt4 before2, UInt4 before1) {
   const UInt4 mask = {0xDFFFFFEF, 0xDDFECB7F, 0xBFFAFFFF, 0xBFFFFFF6};
   const UInt4 here_up = (UInt4)_mm_slli_si128((__m128i)here, 1),
               before2_down = (UInt4)_mm_srli_si128((__m128i)before2, 1);
-  return (here ^ here_up ^ ((far >> 11) & mask) ^ before2_down) ^ (before1 << 18);
+  UInt4 rest = here ^ here_up ^ ((far >> 11) & mask) ^ before2_down;
+  asm("" : "+x"(rest)); // else the compiler reorders the sum, and the chain from block to block doubles
+  return rest ^ before1 << 18;
 }
 
 // Makes blocks [0, count) of the ring anew, in place; put(k, words) for each.
