@@ -60,6 +60,27 @@ struct Points {
   }
 };
 
+// The state of a generator with room for its built-in coordinates. A row of the table may be padded.
+template <uint32_t kCoordinates, int kRowWords> struct PointRecord {
+  PointState head;
+  uint32_t x[kCoordinates];
+  uint32_t m[kCoordinates][33]; // direction numbers by coordinate, 32 in use
+  uint32_t v[kRows][kRowWords];
+
+  Points points() { return {&head, x, v[0], kRowWords}; }
+
+  // column(d, out) makes the 32 numbers of coordinate d.
+  template <class Column> void start(uint32_t dimen, Column column) {
+    memset(this, 0, sizeof *this);
+    head.dimen = dimen;
+    for (uint32_t d = 0; d < dimen; d++) {
+      column(d, m[d]);
+      for (int k = 0; k < kRows; k++) v[k][d] = m[d][k];
+    }
+    points().start();
+  }
+};
+
 // w 2^-32 from the upper 31 bits, which a signed conversion takes.
 template <class Real> struct UpperBits;
 
