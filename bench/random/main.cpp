@@ -113,8 +113,7 @@ void compare_generator(const Generator& g, int32_t n) {
   }
   std::vector<uint64_t> plain_words(static_cast<size_t>(n));
   for (const tarn::bench::PlainGenerator& plain : tarn::bench::plain_generators(g.name, g.dimension))
-    add(
-        plain.name, plain.words ? std::function<void()>([&, plain] { plain.words(plain_words.data(), n); }) : nullptr,
+    add(plain.name, plain.words ? std::function<void()>([&, plain] { plain.words(plain_words.data(), n); }) : nullptr,
         [&, plain] { plain.doubles(peer_reals.data(), n); });
   compare(raw);
   compare(real);

@@ -197,8 +197,9 @@ struct MCG31M1 {
     const __m128i m = _mm_set1_epi64x(modulus);
     for (int64_t k = 0; k < block_size; k += 8)
       for (int j = 0; j < 4; j += 2) {
-        store(out + k + 2 * j, _mm_castps_si128(_mm_shuffle_ps(_mm_castsi128_ps(lanes[j]), _mm_castsi128_ps(lanes[j + 1]),
-                                                               _MM_SHUFFLE(2, 0, 2, 0))));
+        store(out + k + 2 * j,
+              _mm_castps_si128(
+                  _mm_shuffle_ps(_mm_castsi128_ps(lanes[j]), _mm_castsi128_ps(lanes[j + 1]), _MM_SHUFFLE(2, 0, 2, 0))));
         for (int h = j; h < j + 2; h++) {
           const __m128i p = _mm_mul_epu32(lanes[h], step);
           const __m128i sum = _mm_add_epi64(_mm_and_si128(p, m), _mm_srli_epi64(p, 31));
@@ -355,7 +356,8 @@ struct ArsSimd {
   void fill(uint32_t* out) {
     __m128i key[6];
     key[0] = _mm_set1_epi32(7777);
-    const __m128i weyl = _mm_set_epi64x(static_cast<int64_t>(0xBB67AE8584CAA73B), static_cast<int64_t>(0x9E3779B97F4A7C15));
+    const __m128i weyl =
+        _mm_set_epi64x(static_cast<int64_t>(0xBB67AE8584CAA73B), static_cast<int64_t>(0x9E3779B97F4A7C15));
     for (int i = 1; i < 6; i++) key[i] = _mm_add_epi64(key[i - 1], weyl);
     for (int64_t k = 0; k < block_size; k += 16) {
       __m128i b[4];
@@ -463,7 +465,8 @@ std::vector<PlainGenerator> plain_generators(const std::string& name, int dimens
   if (name == "MT19937") return {plain<ByBlocks<MT19937>>("plain SSE4")};
   if (name == "MT2203") return {plain<ByBlocks<MT2203>>("plain SSE4")};
   if (name == "SFMT19937") return {plain<ByBlocks<SFMT19937>>("plain SSE4")};
-  if (name == "ARS5") return {plain<ByBlocks<ArsSimd>>("plain SSE4"), plain<Random123<r123::ARS4x32_R<5>>>("Random123")};
+  if (name == "ARS5")
+    return {plain<ByBlocks<ArsSimd>>("plain SSE4"), plain<Random123<r123::ARS4x32_R<5>>>("Random123")};
   if (name == "PHILOX4X32X10")
     return {plain<ByBlocks<PhiloxSimd>>("plain SSE4"), plain<Random123<r123::Philox4x32>>("Random123")};
   if (dimension > 0) return {plain("plain SSE4", Points(dimension))};

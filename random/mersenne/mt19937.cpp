@@ -54,8 +54,8 @@ constexpr uint64_t kJumpFrom = 0x100000; // below, running the recurrence is fas
 
 int32_t skip_ahead(tarn_stream* stream, uint64_t nskip) {
   if (nskip >= kJumpFrom)
-    return __kest_SkipAheadSWin(stream, Jump::zero, Jump::add, Jump::copy_to_work, update_s, copy_state2, process_idx, nskip,
-                                kRing, kDegree, sizeof(Jump::Work), kTerms, __kest_mt19937_poly);
+    return __kest_SkipAheadSWin(stream, Jump::zero, Jump::add, Jump::copy_to_work, update_s, copy_state2, process_idx,
+                                nskip, kRing, kDegree, sizeof(Jump::Work), kTerms, __kest_mt19937_poly);
   State& state = state_of<State>(stream);
   uint64_t left = static_cast<uint64_t>(kRing - state.index);
   for (; nskip > left; left = kRing) {

@@ -196,8 +196,8 @@ constexpr int64_t kWindowFrom = 19968;
 int32_t skip_ahead(tarn_stream* stream, uint64_t nskip) {
   // Counts of 2^63 and more are negative here and take Horner's form, which is slower and gives the same state.
   const auto jump = static_cast<int64_t>(nskip) < kWindowFrom ? __kest_SkipAheadHorner : __kest_SkipAheadSWin;
-  return jump(stream, Jump::zero, Jump::add, Jump::copy_to_work, update_s, copy_state2, process_idx, nskip, kRing, kDegree,
-              sizeof(Jump::Work), kTerms, __kest_sfmt19937_poly);
+  return jump(stream, Jump::zero, Jump::add, Jump::copy_to_work, update_s, copy_state2, process_idx, nskip, kRing,
+              kDegree, sizeof(Jump::Work), kTerms, __kest_sfmt19937_poly);
 }
 
 }

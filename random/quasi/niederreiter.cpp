@@ -102,9 +102,8 @@ int32_t seed(tarn_stream* stream, const PointSeeds& seeds) {
 }
 
 template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
-  return generate_points(points_of(stream), n, map, [](const Points& p, int64_t at, int64_t count, Map to) {
-    whole_points(p, at, count, to);
-  });
+  return generate_points(points_of(stream), n, map,
+                         [](const Points& p, int64_t at, int64_t count, Map to) { whole_points(p, at, count, to); });
 }
 
 }

@@ -163,8 +163,7 @@ int32_t seed(tarn_stream* stream, const PointSeeds& seeds) {
   }
 }
 
-template <class Map, class AllBits>
-int32_t generate(tarn_stream* stream, int32_t n, Map map, const AllBits& threaded) {
+template <class Map, class AllBits> int32_t generate(tarn_stream* stream, int32_t n, Map map, const AllBits& threaded) {
   return generate_points(points_of(stream), n, map, [&](const Points& p, int64_t at, int64_t count, Map serial) {
     if (!points_by_threads(p, at, count, threaded)) whole_points(p, at, count, serial);
   });
