@@ -55,7 +55,7 @@ void generate_blocks(State& state, int64_t n, Map map, void (*next_block)(State&
     } else {
       if (count > kBuffer) count = kBuffer;
       cipher.groups(s.counter, Words(buffer), count / kGroup);
-      put_words(map, k, buffer, count);
+      for (int64_t i = 0; i < count; i += 4) map.put4(k + i, load4(buffer + i));
     }
   }
   while (k < n) {
