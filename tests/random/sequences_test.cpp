@@ -655,6 +655,24 @@ TEST(Mersenne, SfmtCarry) {
   EXPECT_EQ(words(stream, 4), std::vector<uint32_t>(expected.begin() + 8, expected.end()));
 }
 
+TEST(Mersenne, JumpsLeaveNothingOfTheRing) {
+  for (int64_t count : {int64_t{0x100000}, int64_t{1} << 62}) {
+    auto stream = make(0x800000, {5});
+    words(stream, 100);
+    ASSERT_EQ(__kestSkipAheadStream(stream.get(), count), 0);
+    EXPECT_EQ(state(stream)[624], 624u); // the next output makes it anew
+  }
+  auto near = make(0x800000, {5}); // within the ring only the place moves
+  words(near, 1);
+  const std::vector<uint32_t> ring(state(near), state(near) + 624);
+  ASSERT_EQ(__kestSkipAheadStream(near.get(), 623), 0);
+  EXPECT_EQ(std::vector<uint32_t>(state(near), state(near) + 624), ring);
+  EXPECT_EQ(state(near)[624], 624u);
+  auto none = copy(near);
+  ASSERT_EQ(__kestSkipAheadStream(none.get(), 0), 0);
+  EXPECT_EQ(state(none)[624], 624u);
+}
+
 TEST(Mersenne, PolynomialRemainders) {
   uint64_t g[624];
   ASSERT_EQ(__kestPolyRem(0, 19937, 135, nullptr, 624, g), 0);
@@ -726,6 +744,7 @@ TEST(Trng, SeedsAndOutput) {
     EXPECT_LE(x, 3);
   }
   for (float x : singles(stream, 7, 2, 3)) EXPECT_TRUE(x >= 2 && x <= 3);
+  EXPECT_EQ(words(make(0xE00000, {0, 1}), 100).size(), 100u); // one attempt is enough where the instruction succeeds
   // A value that comes on the last permitted attempt is lost: with no attempts allowed, every one.
   state(stream)[1] = 0;
   EXPECT_EQ(__kestiBRngTRNG(stream.get(), 1, &one), -1131);

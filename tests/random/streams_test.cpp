@@ -383,6 +383,21 @@ TEST(Memory, EveryAllocationOfMakersAndCopies) {
   EXPECT_EQ(find(4, 4)->refs, 1u);
 }
 
+TEST(Memory, EveryAllocationOfACopiedState) {
+  auto source = make(0x100000, {5}), destination = make(0x100000, {6});
+  ASSERT_EQ(__kestAddChunk(source.get(), 1, nullptr, block(), 16), 0);
+  ASSERT_EQ(__kestAddChunk(destination.get(), 7, nullptr, block(), 16), 0);
+  EXPECT_EQ(for_each_allocation_failure([&](int64_t k) { // a block and its chunk
+              if (__lsan_disable) __lsan_disable();
+              const int32_t status = __kestCopyStreamState(destination.get(), source.get());
+              if (__lsan_enable) __lsan_enable();
+              EXPECT_EQ(status, k < 2 ? -4 : 0);
+              EXPECT_EQ(__kestGetNumChunks(destination.get()), k < 2 ? 0 : 1);
+              EXPECT_EQ(state(destination)[0], 5u); // the state was copied before
+            }),
+            2);
+}
+
 TEST(Memory, EveryAllocationOfJumps) {
   for (int32_t brng : {0x800000, 0xD00000})
     for (int64_t count : {int64_t{1500}, int64_t{1} << 40}) {
