@@ -353,6 +353,23 @@ TEST(Sequences, WordsDoNotDependOnTheRoundingMode) {
       EXPECT_EQ(rounded, expected) << g.name << " mode " << mode;
     }
   }
+  // Where both components of MRG32K3A come to 0, a product is a multiple of its modulus, and its quotient on the edge.
+  const uint64_t m1 = 4294967087, m2 = 4294944443;
+  const auto ratio = [](uint64_t a, uint64_t b, uint64_t m) { // a / b
+    return a * __kestiPowMod(static_cast<uint32_t>(b), m - 2, static_cast<uint32_t>(m)) % m;
+  };
+  const uint64_t x = ratio(810728, 1403580, m1), y = ratio(1370589, 527612, m2);
+  for (uint64_t t = 1; t < 400; t++) {
+    const auto stream = make(0x300000, {static_cast<uint32_t>(t), static_cast<uint32_t>(t * x % m1), 3,
+                                        static_cast<uint32_t>(t), 4, static_cast<uint32_t>(t * y % m2)});
+    for (int mode : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+      auto again = copy(stream);
+      std::fesetround(mode);
+      const auto rounded = words(again, 200);
+      std::fesetround(FE_TONEAREST);
+      ASSERT_EQ(rounded[0], 0u) << t << " mode " << mode;
+    }
+  }
 }
 
 // ---- Mapping
