@@ -47,6 +47,16 @@ function(tarn_sources)
   endforeach()
 endfunction()
 
+# GCC orders the instructions of a long polynomial one vector after the other, and the chains of a block wait for one
+# window of the processor; scheduled before registers are given out, they advance side by side. It pays where a formula
+# is little but a polynomial (sLn HA gains 28 percent) and costs a few percent elsewhere, so a file asks for it.
+function(tarn_interleave file)
+  set(path ${CMAKE_CURRENT_SOURCE_DIR}/${file})
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    set_property(SOURCE ${path} TARGET_DIRECTORY tarn_objects APPEND PROPERTY COMPILE_OPTIONS -fschedule-insns -fsched-pressure)
+  endif()
+endfunction()
+
 # The service layer and the vector room once more, as an archive built with further options: for the tests of bits.
 function(tarn_kernels_at_level target)
   get_property(sources GLOBAL PROPERTY TARN_SOURCES)

@@ -1,7 +1,10 @@
 // tarn_bench_stats: moments, covariance, extremes, sorting and quantiles beside their peers on the same data.
 #include "bench/frame.h"
 #include "bench/stats/peers.h"
+#include "tarn/openmp_threader.h"
 #include "tarn/stats.h"
+
+#include <omp.h>
 
 #include <algorithm>
 #include <limits>
@@ -43,7 +46,9 @@ public:
   ~Statistics() { __kestSSDeleteTask(&task); }
   Statistics(const Statistics&) = delete;
   Statistics& operator=(const Statistics&) = delete;
-  void basic(uint64_t estimates, uint64_t method) { _kestdSSBasic(task, estimates, method, nullptr); }
+  void basic(uint64_t estimates, uint64_t method, const tarn_threader* threader = nullptr) {
+    _kestdSSBasic(task, estimates, method, threader);
+  }
   void minmax() {
     std::fill(results[9].begin(), results[9].end(), std::numeric_limits<double>::infinity());
     std::fill(results[10].begin(), results[10].end(), -std::numeric_limits<double>::infinity());
@@ -139,6 +144,24 @@ void covariance(int64_t n, int64_t p, bool rows) {
   compare(comparison);
 }
 
+// How far a second thread halves the time; the machine of the figures has two processors.
+void scaling(const char* name, int64_t n, int64_t p, uint64_t estimates, uint64_t method) {
+  if (!wanted(name)) return;
+  const Data data = normal_data(n, p, false);
+  Statistics statistics(data);
+  compare({name,
+           size_of(data),
+           "element",
+           static_cast<double>(n * p),
+           {{"Tarn, 1 thread", [&] { statistics.basic(estimates, method); }, ""},
+            {"Tarn, 2 threads",
+             [&] {
+               omp_set_num_threads(2);
+               statistics.basic(estimates, method, tarn_openmp_threader());
+             },
+             "Tarn, 1 thread"}}});
+}
+
 void extremes(int64_t n, int64_t p, bool rows) {
   if (!wanted("minimum and maximum")) return;
   const Data data = normal_data(n, p, rows);
@@ -214,6 +237,12 @@ void compare_all() {
     for (bool rows : {false, true}) covariance(n, p, rows);
   }
   for (int64_t p : {3, 5, 20, 32, 33, 50, 300}) covariance(1'000'000 / p, p, false);
+  for (int64_t p : {10, 100}) {
+    const int64_t n = 1'000'000 / p;
+    scaling("threads, moments to order 4", n, p, TARN_SS_KURTOSIS | TARN_SS_SKEWNESS, TARN_SS_METHOD_FAST);
+    scaling("threads, covariance", n, p, TARN_SS_COVARIANCE, TARN_SS_METHOD_FAST);
+    scaling("threads, one-pass covariance", n, p, TARN_SS_COVARIANCE, TARN_SS_METHOD_ONE_PASS);
+  }
 }
 
 }

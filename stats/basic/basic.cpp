@@ -262,10 +262,10 @@ template <class Real> const Real* earlier_mean(const Run<Real>& run, const State
 
 template <class Real> const Real* weights_of(const Run<Real>& run) { return reals<Real>(run.task->weights); }
 
-template <class Real> Products<Real> products_of(const Run<Real>& run, int64_t first, int64_t count) {
+template <class Real> Products<Real> products_of(const Run<Real>& run, int64_t first, int64_t count, bool together) {
   const Real* data = reals<Real>(run.task->observations) + (run.columns ? first * run.p : first);
   const Real* weights = run.weighted ? weights_of(run) + first : nullptr;
-  return {{data, weights, count, run.p, run.n}, run.columns, nullptr};
+  return {{data, weights, count, run.p, run.n}, run.columns, nullptr, together};
 }
 
 // Fast and two-pass matrices: products as they are, and the part of the mean taken off at the end.
@@ -278,7 +278,8 @@ template <class Real> void sum_with_products(const Run<Real>& run, KernelArgumen
     a.end = minimum(a.first + length, end);
     const Real before = total.W;
     run.kernel(a);
-    if (total.W != before) add_cross_products(products_of(run, a.first, a.end - a.first), a.matrix, scratch);
+    if (total.W != before)
+      add_cross_products(products_of(run, a.first, a.end - a.first, a.together), a.matrix, scratch);
   }
   if (total.W > 0) add_rank_one(run.p, -total.W, a.state.raw[0], a.matrix);
 }
@@ -296,7 +297,8 @@ template <class Real> void _vSSBasicThreader(int32_t thread, int32_t, int32_t th
                                    &accumulator(run, thread),
                                    state_of(run, thread),
                                    matrix_of_thread(run, thread),
-                                   scratch_of(run, thread)};
+                                   scratch_of(run, thread),
+                                   run.threads > 1};
   const bool with_products =
       run.cross && run.request.family != Family::one_pass && (run.cross_per_thread || run.threads == 1);
   if (with_products) {
@@ -333,7 +335,7 @@ template <class Real> void finish_matrix(const Run<Real>& run) {
   const int64_t length = !run.columns && run.n > INT32_MAX ? product_block<Real>(run.p, false) : int64_t(1) << 20;
   Real* scratch = scratch_of(run, 0) + 2 * order_count * run.p;
   for (int64_t first = 0; first < run.n; first += length)
-    add_cross_products(products_of(run, first, minimum(length, run.n - first)), run.matrix, scratch);
+    add_cross_products(products_of(run, first, minimum(length, run.n - first), false), run.matrix, scratch);
   add_rank_one(run.p, -accumulator(run, 0).W, run.state.raw[0], run.matrix);
 }
 

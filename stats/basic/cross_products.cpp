@@ -9,7 +9,8 @@ namespace {
 namespace blas = tarn::service::blas;
 
 // Narrow problems leave BLAS no room to work in, so they have kernels of their own, in which a tile of products stays
-// in registers over a whole block of observations. Up to this many variables they are the faster ones.
+// in registers over a whole block of observations. Up to this many variables they are the faster ones. Beyond, BLAS is;
+// but its calls take turns (service/linear_algebra.h), so that threads at work together use the tiles at any width.
 constexpr int64_t tiles_up_to = 20;
 constexpr int64_t longest_tile_block = 256;
 
@@ -18,7 +19,7 @@ template <class Real> int64_t tile_block(int64_t p) {
   return minimum(longest_tile_block, maximum(32, (24 << 10) / (p * int64_t(sizeof(Real)))));
 }
 
-bool use_tiles(int64_t p) { return p <= tiles_up_to; }
+bool use_tiles(int64_t p, bool together) { return together || p <= tiles_up_to; }
 
 // ---- Observations side by side: a tile of `panel` rows by four columns, vectors along the rows ----
 
@@ -71,7 +72,7 @@ void add_tiles(const Real* a, const Real* b, int64_t width, int64_t count, Real*
 }
 
 // Copies observations into rows of `width`, zeros behind them, less the centre and times the weights.
-template <class Real, bool Weighted> void pack(const Products<Real>& x, const Real* centre, int64_t width, Real* to) {
+template <class Real, bool Weighted, bool Centred> void pack(const Products<Real>& x, int64_t width, Real* to) {
   using V = Vector<Real>;
   constexpr int lane_count = lanes<V, Real>;
   const int64_t p = x.block.p;
@@ -80,12 +81,29 @@ template <class Real, bool Weighted> void pack(const Products<Real>& x, const Re
     const Real w = Weighted ? x.block.weights[i] : Real(1);
     int64_t j = 0;
     for (; j + lane_count <= p; j += lane_count) {
-      const V d = load<V>(from + j) - load<V>(centre + j);
-      store(to + j, Weighted ? broadcast<V>(w) * d : d);
+      V d = load<V>(from + j);
+      if constexpr (Centred) d -= load<V>(x.centre + j);
+      if constexpr (Weighted) d *= broadcast<V>(w);
+      store(to + j, d);
     }
-    for (; j < p; ++j) to[j] = w * (from[j] - centre[j]);
+    for (; j < p; ++j) to[j] = w * (Centred ? from[j] - x.centre[j] : from[j]);
     for (; j < width; ++j) to[j] = 0;
   }
+}
+
+// Narrow observations less the centre, one behind the other: as many at a time as a vector has lanes, so that the
+// centre, repeated that often, is a row of whole vectors.
+template <class Real> void subtract_centre(const Products<Real>& x, Real* to) {
+  using V = Vector<Real>;
+  constexpr int lane_count = lanes<V, Real>;
+  const int64_t p = x.block.p, count = x.block.count;
+  Real centres[lane_count * tiles_up_to];
+  for (int64_t at = 0; at < lane_count * p; ++at) centres[at] = x.centre[at % p];
+  const Real* from = x.block.data;
+  int64_t i = 0;
+  for (; i + lane_count <= count; i += lane_count, from += lane_count * p, to += lane_count * p)
+    for (int64_t v = 0; v < lane_count * p; v += lane_count) store(to + v, load<V>(from + v) - load<V>(centres + v));
+  for (int64_t at = 0; at < (count - i) * p; ++at) to[at] = from[at] - centres[at];
 }
 
 template <class Real> Products<Real> part_of(const Products<Real>& x, int64_t first, int64_t count) {
@@ -108,19 +126,24 @@ template <class Real> void add_columns_by_tiles(const Products<Real>& x, Real* m
       add_tiles(data, data, p, minimum(length, end - first), matrix, p);
     }
   }
-  const Real zeros[tiles_up_to] = {};
-  const Real* centre = x.centre ? x.centre : zeros;
   while (first < x.block.count) {
     const Products<Real> part = part_of(x, first, minimum(length, x.block.count - first));
-    first += part.block.count;
-    pack<Real, false>(part, centre, width, scratch);
+    const int64_t count = part.block.count;
+    first += count;
+    if (x.centre && !x.block.weights && p <= tiles_up_to) {
+      subtract_centre(part, scratch);
+      for (int64_t at = 0; at < panel<Real>; ++at) scratch[count * p + at] = 0; // what a tile reads beyond the last
+      add_tiles(scratch, scratch, p, count, matrix, p);
+      continue;
+    }
+    x.centre ? pack<Real, false, true>(part, width, scratch) : pack<Real, false, false>(part, width, scratch);
     const Real* weighted = scratch;
     if (part.block.weights) {
-      Real* to = scratch + width * part.block.count;
-      pack<Real, true>(part, centre, width, to);
+      Real* to = scratch + width * count;
+      x.centre ? pack<Real, true, true>(part, width, to) : pack<Real, true, false>(part, width, to);
       weighted = to;
     }
-    add_tiles(scratch, weighted, width, part.block.count, matrix, p);
+    add_tiles(scratch, weighted, width, count, matrix, p);
   }
 }
 
@@ -128,15 +151,15 @@ template <class Real> void add_columns_by_tiles(const Products<Real>& x, Real* m
 
 constexpr int product_rows = 4, product_columns = 2;
 
-template <class Real, bool Weighted, bool Centred>
+template <int Rows, class Real, bool Weighted, bool Centred>
 void add_inner_products(const Products<Real>& x, Real* matrix, int64_t i, int64_t j) {
   using V = Vector<Real>;
   constexpr int width = lanes<V, Real>;
   const int64_t p = x.block.p, n = x.block.n, count = x.block.count;
   // Rows beyond the last stand for the last; what they give is not kept.
-  const Real *a[product_rows], *b[product_columns];
-  Real centre_a[product_rows] = {}, centre_b[product_columns] = {};
-  for (int r = 0; r < product_rows; ++r) {
+  const Real *a[Rows], *b[product_columns];
+  Real centre_a[Rows] = {}, centre_b[product_columns] = {};
+  for (int r = 0; r < Rows; ++r) {
     const int64_t variable = minimum(i + r, p - 1);
     a[r] = x.block.data + variable * n;
     if (Centred) centre_a[r] = x.centre[variable];
@@ -146,8 +169,8 @@ void add_inner_products(const Products<Real>& x, Real* matrix, int64_t i, int64_
     b[c] = x.block.data + variable * n;
     if (Centred) centre_b[c] = x.centre[variable];
   }
-  V sums[product_rows][product_columns] = {};
-  Real tail[product_rows][product_columns] = {};
+  V sums[Rows][product_columns] = {};
+  Real tail[Rows][product_columns] = {};
   const auto add = [&](auto zero, auto& to, int64_t k) {
     using T = decltype(zero);
     T other[product_columns];
@@ -157,7 +180,7 @@ void add_inner_products(const Products<Real>& x, Real* matrix, int64_t i, int64_
       if constexpr (Weighted) other[c] *= load<T>(x.block.weights + k);
     }
 #pragma GCC unroll 4
-    for (int r = 0; r < product_rows; ++r) {
+    for (int r = 0; r < Rows; ++r) {
       T own = load<T>(a[r] + k);
       if constexpr (Centred) own -= broadcast<T>(centre_a[r]);
       for (int c = 0; c < product_columns; ++c) to[r][c] += own * other[c];
@@ -167,8 +190,18 @@ void add_inner_products(const Products<Real>& x, Real* matrix, int64_t i, int64_
   for (; k + width <= count; k += width) add(V{}, sums, k);
   for (; k < count; ++k) add(Real(0), tail, k);
   for (int c = 0; c < product_columns && j + c < p; ++c)
-    for (int r = 0; r < product_rows && i + r <= j + c; ++r)
+    for (int r = 0; r < Rows && i + r <= j + c; ++r)
       matrix[(j + c) * p + i + r] += horizontal_sum<Real>(sums[r][c]) + tail[r][c];
+}
+
+template <int Rows, class Real> void add_inner_products(const Products<Real>& x, Real* matrix, int64_t i, int64_t j) {
+  if (x.block.weights) {
+    x.centre ? add_inner_products<Rows, Real, true, true>(x, matrix, i, j)
+             : add_inner_products<Rows, Real, true, false>(x, matrix, i, j);
+  } else {
+    x.centre ? add_inner_products<Rows, Real, false, true>(x, matrix, i, j)
+             : add_inner_products<Rows, Real, false, false>(x, matrix, i, j);
+  }
 }
 
 template <class Real> void add_rows_by_tiles(const Products<Real>& whole, Real* matrix) {
@@ -176,15 +209,10 @@ template <class Real> void add_rows_by_tiles(const Products<Real>& whole, Real* 
   for (int64_t first = 0; first < whole.block.count; first += length) {
     const Products<Real> x = part_of(whole, first, minimum(length, whole.block.count - first));
     for (int64_t j = 0; j < x.block.p; j += product_columns) {
-      for (int64_t i = 0; i <= minimum(j + product_columns, x.block.p) - 1; i += product_rows) {
-        if (x.block.weights) {
-          x.centre ? add_inner_products<Real, true, true>(x, matrix, i, j)
-                   : add_inner_products<Real, true, false>(x, matrix, i, j);
-        } else {
-          x.centre ? add_inner_products<Real, false, true>(x, matrix, i, j)
-                   : add_inner_products<Real, false, false>(x, matrix, i, j);
-        }
-      }
+      const int64_t rows = minimum(j + product_columns, x.block.p); // down to the diagonal
+      int64_t i = 0;
+      for (; i + product_rows / 2 < rows; i += product_rows) add_inner_products<product_rows>(x, matrix, i, j);
+      if (i < rows) add_inner_products<product_rows / 2>(x, matrix, i, j);
     }
   }
 }
@@ -261,12 +289,12 @@ template <class Real> int64_t product_block(int64_t p, bool weighted) {
 
 template <class Real> int64_t product_scratch(int64_t p, bool weighted) {
   const int64_t copies = weighted ? 2 : 1;
-  if (use_tiles(p)) return copies * padded_width<Real>(p) * tile_block<Real>(p);
-  return copies * p * product_block<Real>(p, weighted);
+  const int64_t tiles = copies * padded_width<Real>(p) * tile_block<Real>(p) + panel<Real>;
+  return p <= tiles_up_to ? tiles : maximum(tiles, copies * p * product_block<Real>(p, weighted));
 }
 
 template <class Real> void add_cross_products(const Products<Real>& products, Real* matrix, Real* scratch) {
-  if (!use_tiles(products.block.p)) {
+  if (!use_tiles(products.block.p, products.together)) {
     add_by_blas(products, matrix, scratch);
   } else if (products.columns) {
     add_columns_by_tiles(products, matrix, scratch);

@@ -10,6 +10,7 @@ template <class Real> struct Products {
   Block<Real> block;
   bool columns;
   const Real* centre;
+  bool together; // other threads are at the same work
 };
 
 // How many observations a thread handles at a time, so that a block stays in the cache.

@@ -20,6 +20,7 @@ template <class Real> struct KernelArguments {
   State<Real> state;
   Real* matrix;  // cross products, or null
   Real* scratch; // kernel_scratch reals
+  bool together; // other threads are at the same work
 };
 
 template <class Real> using Kernel = void (*)(const KernelArguments<Real>&);
@@ -119,7 +120,7 @@ bool merge_block(const KernelArguments<Real>& a, int64_t first, int64_t count) {
   const Real W1 = a.accumulator->W, W2 = weights.W;
   if constexpr (Cross) {
     Real* scratch = a.scratch + 2 * order_count * a.p;
-    add_cross_products<Real>({block, Columns, mean}, a.matrix, scratch);
+    add_cross_products<Real>({block, Columns, mean, a.together}, a.matrix, scratch);
     if (W1 != 0) {
       for (int64_t j = 0; j < a.p; ++j) scratch[j] = mean[j] - a.state.raw[0][j];
       add_rank_one(a.p, W1 / (W1 + W2) * W2, scratch, a.matrix);

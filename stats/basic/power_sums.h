@@ -131,6 +131,38 @@ void sum_column_groups(const Block<Real>& block, const Real* centres, const SumA
   sum_column_group<Real, V, Weighted, Raw, Central, Units>(block, centres, out, j);
 }
 
+// The vector V of variables from j on in Rows observations from x on. The sums go through memory: wide observations are
+// read in order, which the processor foresees, where a group of variables at a time would stride over them.
+template <class V, int Rows, class Real, bool Weighted, unsigned Raw, unsigned Central>
+inline void sum_across(const Real* x, const Real* w, int64_t p, const Real* centres, const SumArrays<Real>& out,
+                       int64_t j) {
+  PowerSums<V, Raw, Central> sums;
+  for (int k = 0; k < order_count; ++k) {
+    if (Raw >> k & 1) sums.raw[k] = load<V>(out.raw[k] + j);
+    if (Central >> k & 1) sums.central[k] = load<V>(out.central[k] + j);
+  }
+  const V centre = Central != 0 ? load<V>(centres + j) : V{};
+#pragma GCC unroll 8
+  for (int r = 0; r < Rows; ++r)
+    sums.template add<Weighted>(load<V>(x + r * p + j), Weighted ? broadcast<V>(w[r]) : V{}, centre);
+  for (int k = 0; k < order_count; ++k) {
+    if (Raw >> k & 1) store(out.raw[k] + j, sums.raw[k]);
+    if (Central >> k & 1) store(out.central[k] + j, sums.central[k]);
+  }
+}
+
+template <int Rows, class Real, bool Weighted, unsigned Raw, unsigned Central>
+void sum_wide_observations(const Block<Real>& block, int64_t i, const Real* centres, const SumArrays<Real>& out) {
+  using V = Vector<Real>;
+  const Real *x = block.data + i * block.p, *w = Weighted ? block.weights + i : nullptr;
+  int64_t j = 0;
+  for (; j + lanes<V, Real> <= block.p; j += lanes<V, Real>)
+    sum_across<V, Rows, Real, Weighted, Raw, Central>(x, w, block.p, centres, out, j);
+  for (; j < block.p; ++j) sum_across<Real, Rows, Real, Weighted, Raw, Central>(x, w, block.p, centres, out, j);
+}
+
+constexpr int64_t wide = 32; // variables
+
 // Adds the power sums of the block, for all variables, to the arrays.
 template <class Real, bool Columns, bool Weighted, unsigned Raw, unsigned Central>
 void add_power_sums(const Block<Real>& block, const Real* centres, const SumArrays<Real>& out) {
@@ -138,6 +170,12 @@ void add_power_sums(const Block<Real>& block, const Real* centres, const SumArra
     for (int64_t j = 0; j < block.p; ++j)
       sum_row<Real, Weighted, Raw, Central>(block.data + j * block.n, block.weights, block.count,
                                             Central != 0 ? centres[j] : Real(0), out, j);
+  } else if (block.p >= wide) {
+    constexpr int rows_across = orders_in(Raw) + orders_in(Central) > 2 ? 16 : 8; // more sums, more to load and store
+    int64_t i = 0;
+    for (; i + rows_across <= block.count; i += rows_across)
+      sum_wide_observations<rows_across, Real, Weighted, Raw, Central>(block, i, centres, out);
+    for (; i < block.count; ++i) sum_wide_observations<1, Real, Weighted, Raw, Central>(block, i, centres, out);
   } else {
     constexpr int width = lanes<Vector<Real>, Real>;
     constexpr int most = registers_for_sums / (orders_in(Raw) + orders_in(Central));

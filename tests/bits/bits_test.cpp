@@ -86,7 +86,7 @@ template <class T> uint64_t hash_of(const std::vector<T>& results, uint64_t hash
 
 template <class T> uint64_t kernel_hash(const Function& f, int slot) {
   random_state = 0x9E3779B97F4A7C15;
-  constexpr int32_t n = 20011;
+  constexpr int32_t n = 300007; // enough that a last bit of a constant shows
   std::vector<T> a(n), b(n), r(n), q(n);
   for (size_t i = 0; i < n; ++i) a[i] = argument<T>(i), b[i] = argument<T>(i * 5 + i / 8);
   Call<T> call{n, a.data(), b.data(), r.data(), q.data()};

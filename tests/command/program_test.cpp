@@ -1,66 +1,33 @@
 // The tarn program from outside: arguments, streams, files, exit codes.
 #include <gtest/gtest.h>
 
+#include "support/program.h"
 #include "tarn/vector.h"
 
 #include <array>
 #include <bit>
 #include <cmath>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
+using tarn::test::ProgramOutcome;
 namespace fs = std::filesystem;
 
 namespace {
 
-struct Outcome {
-  int code;
-  std::string out, err;
-};
-
-class Program : public testing::Test {
+class Program : public tarn::test::ProgramTest {
 protected:
-  void SetUp() override { fs::create_directories(folder); }
-  void TearDown() override { fs::remove_all(folder); }
-
-  std::string write(const std::string& name, std::string_view content) const {
-    std::ofstream(folder / name, std::ios::binary) << content;
-    return folder / name;
-  }
-  static std::string read(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-  }
-
-  // Runs `tarn <arguments>` in the folder, under a shell, with the environment assignments before it.
-  Outcome tarn(const std::string& arguments, std::string_view input = "", const std::string& environment = "",
-               const std::string& output = "stdout") const {
-    const std::string in = write("stdin", input);
-    const std::string command = "cd " + folder.string() + " && env -u TARN_VM_MODE " + environment +
-                                " " TARN_PROGRAM " " + arguments + " <stdin >" + output + " 2>stderr";
-    const int status = std::system(command.c_str());
-    const Outcome run{WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(folder / "stdout"), read(folder / "stderr")};
-    for (const char* name : {"stdin", "stdout", "stderr"}) fs::remove(folder / name);
-    return run;
-  }
-
   void refuses(const std::string& arguments, std::string_view input, const std::string& message) const {
-    const auto before = std::distance(fs::directory_iterator(folder), fs::directory_iterator());
-    const Outcome run = tarn(arguments, input);
+    const int64_t before = files();
+    const ProgramOutcome run = tarn(arguments, input);
     EXPECT_NE(run.code, 0) << arguments;
     EXPECT_EQ(run.err, "tarn: " + message + "\n") << arguments;
     EXPECT_EQ(run.out, "") << arguments;
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder), fs::directory_iterator()), before) << arguments;
+    EXPECT_EQ(files(), before) << arguments;
   }
-
-  const fs::path folder = fs::path(testing::TempDir()) / ("tarn_program_" + std::to_string(getpid()));
 };
 
 std::string numbers(const std::vector<double>& values) {
@@ -124,9 +91,9 @@ TEST_F(Program, EveryShape) {
   EXPECT_EQ(tarn("eval Modf", "1.5 -2.25").out, "1\t0.5\n-2\t-0.25\n");
   EXPECT_EQ(tarn("eval LinearFrac --scalar -2 --scalar 1 --scalar 1 --scalar 0x1p-1", "3 1.5\n0 0").out, "-2.5\n2\n");
   write("two.csv", "x,y\n7,2\n,1\n1,0\n");
-  const Outcome csv = tarn("eval Div --column y --column x --to csv two.csv");
+  const ProgramOutcome csv = tarn("eval Div --column y --column x --to csv two.csv");
   EXPECT_EQ(csv.out, "y,x,\"Div(y, x)\"\n2,7,0.2857142857142857\n1,NA,NA\n0,1,0\n");
-  const Outcome div = tarn("eval Div two.csv");
+  const ProgramOutcome div = tarn("eval Div two.csv");
   EXPECT_EQ(div.out, "3.5\nNA\ninf\n");
   EXPECT_EQ(div.err, "tarn: two.csv, line 4: Div(1, 0): singularity; result inf\n");
   EXPECT_EQ(tarn("eval Modf --to csv", "1.5").out, "a,Modf(a)[1],Modf(a)[2]\n1.5,1,0.5\n");
@@ -137,7 +104,7 @@ TEST_F(Program, EveryShape) {
 
 TEST_F(Program, ReportsNameTheLine) {
   write("x.csv", "x\n1\n\nNA\n-1\n0\n");
-  const Outcome run = tarn("eval Ln x.csv");
+  const ProgramOutcome run = tarn("eval Ln x.csv");
   EXPECT_EQ(run.code, 0);
   EXPECT_EQ(run.out, "0\nNA\nnan\n-inf\n");
   EXPECT_EQ(run.err, "tarn: x.csv, line 5: Ln(-1): argument outside the domain; result nan\n"
@@ -158,7 +125,7 @@ TEST_F(Program, TheModesErrorRoutesHold) {
   EXPECT_EQ(tarn("eval Ln", "-1", "TARN_VM_MODE=LUME_ERRMODE_IGNORE").err, "");
   EXPECT_EQ(tarn("eval Ln", "-1", "TARN_VM_MODE=LUME_ERRMODE_ERRNO").err,
             "tarn: standard input: last report: argument outside the domain\n");
-  const Outcome printed = tarn("eval Ln", "-1", "TARN_VM_MODE=LUME_ERRMODE_STDERR");
+  const ProgramOutcome printed = tarn("eval Ln", "-1", "TARN_VM_MODE=LUME_ERRMODE_STDERR");
   EXPECT_NE(printed.err.find("vdLn"), std::string::npos) << "the library's own message";
 }
 
@@ -172,8 +139,8 @@ TEST_F(Program, SlicesGiveTheSameResultsAndReports) {
                "): argument outside the domain; result nan\n";
   }
   write("in.txt", numbers(x));
-  const Outcome one = tarn("eval Ln --threads 1 in.txt"), four = tarn("eval Ln --threads 4 in.txt"),
-                low = tarn("eval Ln --threads 4 in.txt", "", "TARN_VM_MODE=LUME_LA");
+  const ProgramOutcome one = tarn("eval Ln --threads 1 in.txt"), four = tarn("eval Ln --threads 4 in.txt"),
+                       low = tarn("eval Ln --threads 4 in.txt", "", "TARN_VM_MODE=LUME_LA");
   EXPECT_EQ(one.err, reports);
   EXPECT_EQ(four.err, reports);
   EXPECT_TRUE(one.out == four.out);
@@ -182,7 +149,7 @@ TEST_F(Program, SlicesGiveTheSameResultsAndReports) {
 }
 
 TEST_F(Program, StrictWritesNothing) {
-  const Outcome run = tarn("eval Ln --strict -o out.txt", "1 -1");
+  const ProgramOutcome run = tarn("eval Ln --strict -o out.txt", "1 -1");
   EXPECT_EQ(run.code, 1);
   EXPECT_FALSE(fs::exists(folder / "out.txt"));
   EXPECT_EQ(tarn("eval Ln --strict -o out.txt", "1 2").code, 0);
@@ -214,14 +181,14 @@ TEST_F(Program, RefusesInOneLine) {
 
 TEST_F(Program, FullDiskIsNoticed) {
   for (const char* command : {"eval Exp", "list"}) {
-    const Outcome full = tarn(command, "1", "", "/dev/full");
+    const ProgramOutcome full = tarn(command, "1", "", "/dev/full");
     EXPECT_EQ(full.code, 1) << command;
     EXPECT_EQ(full.err, "tarn: cannot write standard output: No space left on device\n") << command;
   }
 }
 
 TEST_F(Program, ListAndHelpTell) {
-  const Outcome list = tarn("list");
+  const ProgramOutcome list = tarn("list");
   EXPECT_EQ(list.code, 0);
   for (const char* word : {"Exp", "Ln", "d s"}) EXPECT_NE(list.out.find(word), std::string::npos) << word;
   EXPECT_NE(tarn("list Ln").out.find("type s"), std::string::npos);

@@ -1,42 +1,24 @@
 // tarn random from outside: the library's own numbers, skipping, leapfrogging, saved images, formats and refusals.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
+#include "support/program.h"
 #include "tarn/random.h"
 
-namespace fs = std::filesystem;
+using tarn::test::ProgramOutcome;
 
 namespace {
 
-struct Outcome {
-  int code;
-  std::string out, err;
-};
-
-class Random : public testing::Test {
+class Random : public tarn::test::ProgramTest {
 protected:
-  void SetUp() override { fs::create_directories(folder); }
-  void TearDown() override { fs::remove_all(folder); }
-  static std::string read(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-  }
-  Outcome run(const std::string& arguments) const {
-    const std::string command = "cd " + folder.string() + " && " TARN_PROGRAM " random " + arguments + " >out 2>err";
-    const int status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(folder / "out"), read(folder / "err")};
-  }
+  ProgramOutcome run(const std::string& arguments) const { return tarn("random " + arguments); }
   std::vector<double> numbers(const std::string& arguments) const {
-    const Outcome outcome = run(arguments);
+    const ProgramOutcome outcome = run(arguments);
     EXPECT_EQ(outcome.code, 0) << outcome.err;
     std::istringstream text(outcome.out);
     std::vector<double> values;
@@ -44,12 +26,11 @@ protected:
     return values;
   }
   void expect_refusal(const std::string& arguments) const {
-    const Outcome outcome = run(arguments);
+    const ProgramOutcome outcome = run(arguments);
     EXPECT_NE(outcome.code, 0) << arguments;
     EXPECT_EQ(outcome.out, "") << arguments;
     EXPECT_FALSE(outcome.err.empty()) << arguments;
   }
-  fs::path folder = fs::temp_directory_path() / ("tarn-random-" + std::to_string(getpid()));
 };
 
 std::vector<double> from_library(int32_t brng, uint32_t seed, int32_t n) {

@@ -3,48 +3,26 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <random>
 #include <sstream>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 #include "command/table_blocks.h"
+#include "support/program.h"
 
-namespace fs = std::filesystem;
+using tarn::test::ProgramOutcome;
 
 namespace {
 
-struct Outcome {
-  int code;
-  std::string out, err;
-};
-
-class Stats : public testing::Test {
+class Stats : public tarn::test::ProgramTest {
 protected:
-  void SetUp() override { fs::create_directories(folder); }
-  void TearDown() override { fs::remove_all(folder); }
-  std::string write(const std::string& name, const std::string& content) const {
-    std::ofstream(folder / name, std::ios::binary) << content;
-    return folder / name;
-  }
-  static std::string read(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-  }
-  Outcome run(const std::string& arguments) const {
-    const std::string command = "cd " + folder.string() + " && " TARN_PROGRAM " stats " + arguments + " >out 2>err";
-    const int status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(folder / "out"), read(folder / "err")};
-  }
+  ProgramOutcome run(const std::string& arguments) const { return tarn("stats " + arguments); }
   // The figures of CSV output by "statistic,variable,with".
   std::map<std::string, std::string> figures(const std::string& arguments) const {
-    const Outcome outcome = run(arguments + " --to csv");
+    const ProgramOutcome outcome = run(arguments + " --to csv");
     EXPECT_EQ(outcome.code, 0) << outcome.err;
     EXPECT_EQ(outcome.err, "");
     std::map<std::string, std::string> map;
@@ -55,7 +33,6 @@ protected:
     while (std::getline(lines, line)) map[line.substr(0, line.rfind(','))] = line.substr(line.rfind(',') + 1);
     return map;
   }
-  fs::path folder = fs::temp_directory_path() / ("tarn-stats-" + std::to_string(getpid()));
 };
 
 constexpr const char* small = "a,b,w\n1,2,1\n2,NA,1\n4,3,2\n,7,1\n5,8,0\n";
@@ -118,11 +95,11 @@ TEST_F(Stats, LongInputPassesInBlocks) {
 
 TEST_F(Stats, TextAndJson) {
   write("t.csv", small);
-  const Outcome text = run("t.csv");
+  const ProgramOutcome text = run("t.csv");
   EXPECT_EQ(text.code, 0);
   EXPECT_NE(text.out.find("covariance (3 complete rows)"), std::string::npos);
   EXPECT_NE(text.out.find("missing"), std::string::npos);
-  const Outcome json = run("t.csv --to json --column a");
+  const ProgramOutcome json = run("t.csv --to json --column a");
   EXPECT_NE(json.out.find("{\"name\": \"a\", \"n\": 4, \"missing\": 1, \"mean\": 3,"), std::string::npos) << json.out;
   EXPECT_EQ(json.out.find("covariance"), std::string::npos);
 }
@@ -133,7 +110,7 @@ TEST_F(Stats, PicturesAndRefusals) {
   EXPECT_TRUE(read(folder / "h.svg").starts_with("<svg"));
   EXPECT_TRUE(read(folder / "s.svg").ends_with("</svg>\n"));
   const auto refuses = [&](const std::string& arguments, const std::string& message) {
-    const Outcome outcome = run(arguments);
+    const ProgramOutcome outcome = run(arguments);
     EXPECT_NE(outcome.code, 0) << arguments;
     EXPECT_EQ(outcome.out, "") << arguments;
     EXPECT_NE(outcome.err.find(message), std::string::npos) << outcome.err;

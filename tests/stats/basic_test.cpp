@@ -334,7 +334,7 @@ TYPED_TEST(Basic, EveryKernel) {
   }
 }
 
-// Thread counts and block counts, with sizes at which all threads are used; p = 40 goes to BLAS, and p = 300 with few
+// Thread counts and block counts, with sizes at which all threads are used; p = 40 goes to BLAS on one thread, p = 300 with few
 // observations takes the route of one matrix for all threads.
 TYPED_TEST(Basic, ThreadsAndBlocks) {
   using Real = typename TypeParam::Real;

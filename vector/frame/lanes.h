@@ -107,6 +107,11 @@ static TARN_INLINE Double2 with_sign_of(Double2 v, Double2 sign) {
 static TARN_INLINE Float4 with_sign_of(Float4 v, Float4 sign) {
   return (Float4)(((Int4)v & INT32_MAX) | ((Int4)sign & INT32_MIN));
 }
+// The same for a v that is not of the other sign already.
+static TARN_INLINE Double2 or_sign_of(Double2 v, Double2 sign) {
+  return (Double2)((Long2)v | ((Long2)sign & INT64_MIN));
+}
+static TARN_INLINE Float4 or_sign_of(Float4 v, Float4 sign) { return (Float4)((Int4)v | ((Int4)sign & INT32_MIN)); }
 
 // All bits of a lane where its sign is set.
 static TARN_INLINE Long2 sign_mask(Double2 v) {

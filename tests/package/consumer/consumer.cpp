@@ -1,7 +1,7 @@
 // A stranger's C++ program.
 #include <tarn/service.h>
+#include <tarn/tarn.hpp>
 #include <tarn/threader.h>
-#include <tarn/vector.h>
 
 #include <cstdint>
 #include <cstdio>
@@ -17,5 +17,8 @@ int main() {
   float y[2];
   reinterpret_cast<Kernel*>(tarn_lume_kernel_sLn_ttab[tarn_lume_kernel_GetTTableIndex()])(2, x, y);
   if (y[0] != 0 || y[1] < 1.386294F || y[1] > 1.386295F || !(tarn_lume_kernel_sLn_ctab.cost[0] > 0)) return 2;
+
+  float z[2];
+  if (!tarn::Ln(x, z) || z[1] != y[1] || tarn::Ln(x, std::span(z).first(1))) return 3;
   std::puts("ok");
 }

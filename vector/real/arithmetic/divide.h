@@ -58,31 +58,27 @@ TARN_CLAIM(dInv, HA, 0.5, -1.8e308, 1.8e308)
 TARN_CLAIM(sInv, HA, 0.5, -3.5e38, 3.5e38)
 
 // rcpps is 0 for divisors beyond 2^126 and infinite for denormals: outside 2^-125 to 2^125 the divider serves.
-static TARN_INLINE Int4 reciprocal_gate(Int4 x) {
+static TARN_INLINE Int4 reciprocal_gate(Int4 magnitude) {
   constexpr uint32_t from = (127 - 125) << 23, to = (127 + 125) << 23;
-  return (Int4)((((UInt4)x & 0x7FFFFFFFu) - from) ^ 0x80000000u) > (int32_t)((to - from) ^ 0x80000000u); // unsigned
+  return (Int4)((UInt4)magnitude + (0x80000000u - from)) > (int32_t)(0x80000000u + (to - from)); // without sign
+}
+static TARN_INLINE Float4 reciprocal(Float4 x) { // to 23 bits, but for its roundings
+  const Float4 y = _mm_rcp_ps(x);
+  return y + y * (1.0f - x * y);
 }
 
 struct sDiv_EP : sDiv_HA {
-  static TARN_INLINE Float4 fast(Float4 a, Float4 b) {
-    const Float4 y = _mm_rcp_ps(b);
-    const Float4 q = a * y;
-    return q + q * (1.0f - b * y);
-  }
-  // The quotient must be a normal number too: its exponent is that of a less that of b, or one below.
+  // The last operation is a product with a: infinities, NaNs and denormals above come out as the divider has them.
+  static TARN_INLINE Float4 fast(Float4 a, Float4 b) { return a * reciprocal(b); }
+  // Next to the overflow bound the divider decides: exponents of a and b at most 126 apart keep the quotient below it.
   static TARN_INLINE Int4 gate(Int4 a, Int4 b) {
-    const Int4 ea = a & exponent_maskf, eb = b & exponent_maskf;
-    const Int4 difference = ea - eb;
-    constexpr int32_t limit = 124 << 23;
-    return reciprocal_gate(b) | (ea == exponent_maskf) | (ea == 0) | (difference > limit) | (difference < -limit);
+    const Int4 ma = a & 0x7FFFFFFF, mb = b & 0x7FFFFFFF;
+    return reciprocal_gate(mb) | (ma - mb > 126 << 23);
   }
 };
 struct sInv_EP : sInv_HA {
-  static TARN_INLINE Float4 fast(Float4 x) {
-    const Float4 y = _mm_rcp_ps(x);
-    return y + y * (1.0f - x * y);
-  }
-  static TARN_INLINE Int4 gate(Int4 x) { return reciprocal_gate(x); }
+  static TARN_INLINE Float4 fast(Float4 x) { return reciprocal(x); }
+  static TARN_INLINE Int4 gate(Int4 x) { return reciprocal_gate(x & 0x7FFFFFFF); }
 };
 TARN_CLAIM(sDiv, EP, 4, -3.5e38, 3.5e38)
 TARN_CLAIM(sInv, EP, 4, -3.5e38, 3.5e38)

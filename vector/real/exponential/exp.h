@@ -279,6 +279,6 @@ struct sExp_EP : sExp {
     return from_bits(bits(P) + (bits(z.t) << 23));
   }
 };
-TARN_CLAIM(sExp, EP, 4096.0, -103.98, 88.73)
+TARN_CLAIM(sExp, EP, 2.3e3, -103.98, 88.73)
 
 }

@@ -212,7 +212,7 @@ struct dLn_EP {
     for (; i < n; ++i) _lume_dLn_scalar(i, arrays, name);
   }
 };
-TARN_CLAIM(dLn, EP, 8.0e9, 0, 1.8e308)
+TARN_CLAIM(dLn, EP, 3.0e9, 0, 1.8e308)
 
 struct sLn {
   static constexpr float filler = 0.75f;
@@ -284,6 +284,6 @@ struct sLn_EP : sLn {
     return (r + r * r * P) + k * ln2;
   }
 };
-TARN_CLAIM(sLn, EP, 4096.0, 0, 3.5e38)
+TARN_CLAIM(sLn, EP, 1.7e3, 0, 3.5e38)
 
 }

@@ -26,14 +26,15 @@ def cbrt_tables():
     middle = lambda i: 1 + mpf(2 * i + 1) / 64
     split = lambda x, rounded: [rounded(x), rounded(x - rounded(x))]
     root = lambda i, power: (2 ** mpf(power) * middle(i)) ** (mpf(1) / 3)
-    out.table("double", "cbrt_reciprocal", "1/C(i), C(i) = 1 + (2i + 1)/64, for i = 0 to 31",
-              [double(1 / middle(i)) for i in range(32)])
+    out.table("double", "cbrt_reciprocal", "1/C(i), C(i) = 1 + (2i + 1)/64, for i = 0 to 31, once for each r as below",
+              [double(1 / middle(i)) for i in range(32)] * 3)
     out.table("double", "__lumedCbrtHATab", "(2^r C(i))^(1/3) as hi, lo, for r = 0, i = 0 to 31, then r = 1, 2",
               [v for r in range(3) for i in range(32) for v in split(root(i, r), double)], 2)
     out.table("double", "__lumedInvCbrtHATab", "(2^r C(i))^(-1/3) as hi, lo, for r = 0, i = 0 to 31, then r = 1, 2",
               [v for r in range(3) for i in range(32) for v in split(1 / root(i, r), double)], 2)
     # A biased float exponent of 127 leaves the residue 1: the power of residue r is r - 1.
-    out.table("float", "cbrt_reciprocalf", "1/C(i), for i = 0 to 31", [single(1 / middle(i)) for i in range(32)])
+    out.table("float", "cbrt_reciprocalf", "1/C(i), for i = 0 to 31, three times",
+              [single(1 / middle(i)) for i in range(32)] * 3)
     out.table("float", "cbrt_tablef", "(2^(r-1) C(i))^(1/3) as hi, lo, for r = 0, i = 0 to 31, then r = 1, 2",
               [v for r in range(3) for i in range(32) for v in split(root(i, r - 1), single)], 2)
     out.table("float", "inverse_cbrt_tablef", "(2^(r-1) C(i))^(-1/3) as hi, lo, for r = 0, i = 0 to 31, then r = 1, 2",

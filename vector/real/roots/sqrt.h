@@ -230,7 +230,8 @@ struct sSqrt_EP : sSqrt {
 };
 TARN_CLAIM(sSqrt, HA, 0.51, 0, 3.5e38)
 TARN_CLAIM(sSqrt, LA, 2.8, 0, 3.5e38)
-TARN_CLAIM(sSqrt, EP, 8192, 0, 3.5e38)
+// Makers of processors promise the estimate to 1.5 2^-12, which is that many units at most.
+TARN_CLAIM(sSqrt, EP, 6144, 0, 3.5e38)
 
 struct sInvSqrt : sSqrt {
   template <class F> static __attribute__((noinline, cold)) int rare_of(const float* px, float* r) {
@@ -275,6 +276,6 @@ struct sInvSqrt_EP : sInvSqrt {
 };
 TARN_CLAIM(sInvSqrt, HA, 0.51, 0, 3.5e38)
 TARN_CLAIM(sInvSqrt, LA, 2.5, 0, 3.5e38)
-TARN_CLAIM(sInvSqrt, EP, 8192, 0, 3.5e38)
+TARN_CLAIM(sInvSqrt, EP, 6144, 0, 3.5e38)
 
 }

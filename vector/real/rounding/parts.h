@@ -8,7 +8,7 @@ namespace tarn::TARN_ISA {
 template <class T> struct Parts { VectorOf<T> integral, fraction; };
 template <class T> static TARN_INLINE Parts<T> split(VectorOf<T> x) {
   const VectorOf<T> integral = rounded<toward_zero>(x);
-  return {integral, with_sign_of(x - integral, x)};
+  return {integral, or_sign_of(x - integral, x)}; // the sign matters where nothing is left
 }
 
 // Infinities and NaNs.

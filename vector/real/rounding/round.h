@@ -35,7 +35,7 @@ template <class T> struct HalfAway {
     const VectorOf<T> m = magnitude(x);
     const VectorOf<T> q = rounded<to_nearest>(m);
     const VectorOf<T> one_where_half = select(m - q == (T)0.5, splat((T)1), VectorOf<T>{});
-    return with_sign_of(q + one_where_half, x);
+    return or_sign_of(q + one_where_half, x);
   }
 };
 using dRound_HA = HalfAway<double>;
