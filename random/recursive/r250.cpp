@@ -27,11 +27,14 @@ uint32_t step(State& s) {
   return v;
 }
 
-// to[t] = first[t] xor second[t]; the sources may be words that this very call has stored.
+// to[t] = first[t] xor second[t]; the sources may be words that this very call has stored. Stores are aligned where they
+// can be: of those that cross a cache line, a loop of nothing but stores and loads would feel every one.
 void combine(LooseWord* to, const LooseWord* first, const LooseWord* second, int64_t count) {
-  const int64_t whole = count & ~int64_t{3};
-  for (int64_t t = 0; t < whole; t += 4) store4(to + t, load4(first + t) ^ load4(second + t));
-  for (int64_t t = whole; t < count; t++) to[t] = first[t] ^ second[t];
+  int64_t t = 0;
+  const auto one = [&] { to[t] = first[t] ^ second[t], t++; };
+  for (auto odd = -reinterpret_cast<uintptr_t>(to) / sizeof(uint32_t) % 4; odd > 0 && t < count; odd--) one();
+  for (; t + 4 <= count; t += 4) store4(to + t, load4(first + t) ^ load4(second + t));
+  while (t < count) one();
 }
 
 // Long calls touch the ring at both ends only. Words are made in the caller's array, from the last 250 words in order;
