@@ -82,7 +82,8 @@ template <int N, int M, int R> struct Twister {
   // n outputs from a ring: what is left in it, whole regenerations, and the start of one more. They are tempered in their
   // place, if words are wanted, or in a buffer of several rings, to be converted from there. temper(word or four words).
   template <class Map, class Temper>
-  static void generate(uint32_t ring[N], int32_t& index, uint32_t a, int64_t n, Map map, Temper temper) {
+  static void generate(uint32_t ring[N], int32_t& stored_index, uint32_t a, int64_t n, Map map, Temper temper) {
+    int64_t index = stored_index;
     constexpr bool kInPlace = __is_same(Map, Words);
     constexpr int64_t kBuffer = N * (N < 512 ? 512 / N : 1);
     uint32_t buffer[kInPlace ? 1 : kBuffer];
@@ -104,12 +105,13 @@ template <int N, int M, int R> struct Twister {
           temper_words(to, ring, N, temper);
         else
           temper_words(to, ring + index, count, temper);
-        index += static_cast<int32_t>(count);
+        index += count;
         at += count;
       }
       if constexpr (!kInPlace) put_words(map, k, buffer, end - k);
       k = end;
     }
+    stored_index = static_cast<int32_t>(index);
   }
 };
 
