@@ -1,4 +1,5 @@
-// The generators: raw words and double uniforms, beside the same generators of the C++ library, Boost and GSL.
+// The generators: raw words and double uniforms, beside the same generators of the C++ library, Boost, GSL and
+// Random123, and beside plain loops.
 #include <boost/random/mersenne_twister.hpp>
 #include <boost/random/sobol.hpp>
 #include <boost/random/uniform_01.hpp>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "bench/frame.h"
+#include "bench/random/plain.h"
 #include "tarn/random.h"
 
 namespace {
@@ -35,18 +37,13 @@ const Generator generators[] = {
     GENERATOR(MT2203, 9, 0),  GENERATOR(SFMT19937, 13, 0), GENERATOR(ARS5, 15, 0),    GENERATOR(PHILOX4X32X10, 16, 0),
 };
 
-// What another library calls the same generator: its words, and its doubles in [0, 1).
-struct Peer {
-  std::string name;
-  std::function<uint32_t()> word;
-  std::function<double()> real;
+// GSL's generators, called through its own interface; freed with the last copy.
+struct GslPeer {
+  const char* name;
+  std::shared_ptr<gsl_rng> rng;
 };
-
-// GSL's generators through its own interface; freed with the last copy.
-Peer gsl_peer(const std::string& name, const gsl_rng_type* type) {
-  std::shared_ptr<gsl_rng> rng(gsl_rng_alloc(type), gsl_rng_free);
-  return {name, [rng] { return static_cast<uint32_t>(gsl_rng_get(rng.get())); },
-          [rng] { return gsl_rng_uniform(rng.get()); }};
+GslPeer gsl_peer(const char* name, const gsl_rng_type* type) {
+  return {name, std::shared_ptr<gsl_rng>(gsl_rng_alloc(type), gsl_rng_free)};
 }
 
 // Loops over a whole array, one instantiation a generator, so that a peer is inlined as its users have it.
@@ -85,21 +82,21 @@ void compare_generator(const Generator& g, int32_t n) {
     add(
         "Boost", [&] { words_of(boost_mt, peer_words); }, [&] { doubles_of(boost_mt, peer_reals); });
   }
-  static const Peer mt = gsl_peer("GSL", gsl_rng_mt19937), r250 = gsl_peer("GSL", gsl_rng_r250),
-                    mcg = gsl_peer("GSL, fishman20", gsl_rng_fishman20), cmrg = gsl_peer("GSL, cmrg", gsl_rng_cmrg);
-  const Peer* gsl = std::string(g.name) == "MT19937"    ? &mt
-                    : std::string(g.name) == "R250"     ? &r250
-                    : std::string(g.name) == "MCG31M1"  ? &mcg  // the same kind: multiplier modulo 2^31 - 1
-                    : std::string(g.name) == "MRG32K3A" ? &cmrg // the same kind: two recurrences combined
-                                                        : nullptr;
+  static const GslPeer mt = gsl_peer("GSL", gsl_rng_mt19937), r250 = gsl_peer("GSL", gsl_rng_r250),
+                       mcg = gsl_peer("GSL, fishman20", gsl_rng_fishman20), cmrg = gsl_peer("GSL, cmrg", gsl_rng_cmrg);
+  const GslPeer* gsl = std::string(g.name) == "MT19937"    ? &mt
+                       : std::string(g.name) == "R250"     ? &r250
+                       : std::string(g.name) == "MCG31M1"  ? &mcg  // the same kind: multiplier modulo 2^31 - 1
+                       : std::string(g.name) == "MRG32K3A" ? &cmrg // the same kind: two recurrences combined
+                                                           : nullptr;
   if (gsl)
     add(
         gsl->name,
-        [&, gsl] {
-          for (uint32_t& v : peer_words) v = gsl->word();
+        [&, rng = gsl->rng.get()] {
+          for (uint32_t& v : peer_words) v = static_cast<uint32_t>(gsl_rng_get(rng));
         },
-        [&, gsl] {
-          for (double& v : peer_reals) v = gsl->real();
+        [&, rng = gsl->rng.get()] {
+          for (double& v : peer_reals) v = gsl_rng_uniform(rng);
         });
 
   std::shared_ptr<gsl_qrng> points;
@@ -114,6 +111,10 @@ void compare_generator(const Generator& g, int32_t n) {
       });
     }
   }
+  std::vector<uint64_t> plain_words(static_cast<size_t>(n));
+  for (const tarn::bench::PlainGenerator& plain : tarn::bench::plain_generators(g.name, g.dimension))
+    add(plain.name, plain.words ? std::function<void()>([&, plain] { plain.words(plain_words.data(), n); }) : nullptr,
+        [&, plain] { plain.doubles(peer_reals.data(), n); });
   compare(raw);
   compare(real);
   __kestDeleteStream(&stream);

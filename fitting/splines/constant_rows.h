@@ -16,8 +16,7 @@ namespace tarn::fitting {
 // The first or the last row of a system: its diagonal entry and the one beside it.
 template <class Real> struct EndRow { Real diagonal, beside; };
 
-template <class Real> class ConstantRows {
-public:
+template <class Real> struct ConstantRows {
   static constexpr int64_t min_rows = 64; // of a system worth it
   ConstantRows() = default;               // of no system
   // The first row has first.diagonal and first.beside, the last one last.beside and last.diagonal.
@@ -50,9 +49,9 @@ public:
     }
   }
 
-private:
   static constexpr int64_t settling = 24;
-  static constexpr Real settled = Real(0.26794919243112270647); // 2 - sqrt(3)
+  static constexpr Real settled = Real(0.26794919243112270647); // 2 - sqrt(3), the lesser root of w^2 - 4 w + 1
+  static_assert(settled * (4 - settled) - 1 < __FLT_EPSILON__ && 1 - settled * (4 - settled) < __FLT_EPSILON__);
   Chains chains{0};
   Real reciprocal[2][settling], coupling[2][settling], middle;
 

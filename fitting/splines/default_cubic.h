@@ -7,8 +7,7 @@
 
 namespace tarn::fitting {
 
-template <class Real, bool interleaved, bool uniform, Column column> class DefaultCubic {
-public:
+template <class Real, bool interleaved, bool uniform, Column column> struct DefaultCubic {
   explicit DefaultCubic(const DFTask* of) : task(of), grid(of), n(of->nx) {}
 
   static int64_t scratch_size(int64_t n) { return 3 * n - 2; }
@@ -37,7 +36,6 @@ public:
     });
   }
 
-private:
   const DFTask* task;
   Grid<Real, uniform> grid;
   int64_t n;

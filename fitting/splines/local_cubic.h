@@ -128,8 +128,7 @@ template <class Real> struct LocalEnds {
 };
 
 // A call on a task: what is common to all its blocks.
-template <class Kind, class Real, bool interleaved, bool uniform> class LocalCubic {
-public:
+template <class Kind, class Real, bool interleaved, bool uniform> struct LocalCubic {
   LocalCubic(const DFTask* of, const LocalEnds<Real>& how) : task(of), grid(of), n(of->nx), ends(how) {}
 
   // Cells first to end - 1 of function j.
@@ -138,7 +137,6 @@ public:
       write_block(j, from, minimum(from + block_cells, end), block);
   }
 
-private:
   using Around = Window<Real, uniform>;
   const DFTask* task;
   Grid<Real, uniform> grid;

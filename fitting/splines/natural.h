@@ -12,8 +12,7 @@
 namespace tarn::fitting {
 
 // A call on a task. The derivatives are the unknowns, but for the last one of a periodic spline, which is the first.
-template <class Real, bool interleaved, bool uniform, Column column> class NaturalCubic {
-public:
+template <class Real, bool interleaved, bool uniform, Column column> struct NaturalCubic {
   explicit NaturalCubic(const DFTask* of)
       : task(of), grid(of), n(of->nx), unknowns(column == periodic ? n - 1 : n),
         straight(n == 2 && (column == not_a_knot || column == periodic)),
@@ -77,7 +76,6 @@ public:
     return true;
   }
 
-private:
   const DFTask* task;
   Grid<Real, uniform> grid;
   int64_t n, unknowns;

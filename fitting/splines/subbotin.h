@@ -22,8 +22,7 @@ enum class EndCondition { first_derivative, second_derivative };
 
 // A call on a task. The matrix serves all functions.
 template <class Real, bool uniform_subgrid, bool interleaved, bool uniform, EndCondition at_left, EndCondition at_right>
-class Subbotin {
-public:
+struct Subbotin {
   explicit Subbotin(const DFTask* of) : task(of), grid(of), n(of->nx) {}
 
   static int64_t scratch_size(int64_t n) { return 8 * n + 8; }
@@ -65,7 +64,6 @@ public:
     }
   }
 
-private:
   const DFTask* task;
   Grid<Real, uniform> grid;
   int64_t n;

@@ -28,8 +28,8 @@
  * which the coefficients may be written in part. BC_TYPE: a condition that the kind does not take. NULL_BC: one that
  * needs values, without them; the periodic one needs them when splineType is 0 or 3.
  *
- * Accuracy: c0 is y[i]. The other coefficients are held by the tests to 40 epsilon of the largest one of their power in
- * the spline (growing with n for the standard quadratic). Lengths below the square root of the smallest normal number
+ * Accuracy: c0 is y[i]. The other coefficients are held by the tests to 30 epsilon of the largest one of their power in
+ * the spline, 6 on uniform partitions (more with many points for the quadratic kinds). Lengths below the square root of the smallest normal number
  * make c3 overflow. */
 #ifndef TARN_FITTING_SPLINES_H
 #define TARN_FITTING_SPLINES_H

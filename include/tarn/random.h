@@ -250,10 +250,19 @@ extern const uint32_t __kest_mt2203_table[6024][3];
 
 /* ---- Persistence -------------------------------------------------------------------------------------------------
  * An image is the same in a file and in memory. path has `length` bytes, or is NUL-terminated when length is negative.
- * After a failed load *out is null. Images of streams that hold pointers (the abstract rows) mean nothing elsewhere. */
+ * After a failed load *out is null. Images of streams that hold pointers (the abstract rows) mean nothing elsewhere.
+ *
+ * What a loader cannot see in an image from a source that is not trusted, because the format does not hold it:
+ * - the state may be any bytes, and chunks may be shorter than the generator or distribution takes them to be;
+ * - a memory image may be shorter than its header and its chunks claim;
+ * - one key may stand with two sizes, in two chunks of the image or in a chunk and in the process. The second chunk then
+ *   refers to the block of the first and keeps its own size, and the table of shared blocks knows no sizes: saving such
+ *   a stream reads past the block.
+ * Loading, measuring, copying and deleting are safe with every file. A stream that comes from elsewhere must not be run
+ * or saved before somebody vouches for it. A block that is read under a key known to the process stays allocated, with no
+ * owner. */
 int32_t __kestSaveStreamF(const tarn_stream* stream, const char* path, int32_t length);
-/* Never reads past the file nor allocates more than the file can fill; the state itself is taken as it stands, so an
- * image from a source that is not trusted must not be run. */
+/* Never reads past the file nor allocates more than the file can fill. */
 int32_t __kestLoadStreamF(tarn_stream** out, const char* path, int32_t length);
 /* block holds __kestGetStreamSize bytes. */
 int32_t __kestSaveStreamM(const tarn_stream* stream, void* block);

@@ -17,7 +17,6 @@ struct State {
 struct Raw {
   LooseLong* r;
   explicit Raw(void* to) : r(static_cast<LooseLong*>(to)) {}
-  void put2(int64_t k, ULong2 x) const { _mm_storeu_si128(reinterpret_cast<__m128i*>(r + k), (__m128i)x); }
   void put1(int64_t k, uint64_t x) const { r[k] = x; }
 };
 
@@ -43,7 +42,8 @@ template <class Real> struct Scaled {
   }
 };
 
-// Eight running values, each moved on by a^8. They wrap at 64 bits; the low 59 are right all the same.
+// Eight running values, each moved on by a^8. They wrap at 64 bits; the low 59 are right all the same. Numbers are made
+// from a buffer of words: moving each value from a general to a vector register would take longer.
 template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
   constexpr int kLanes = 8;
   State& state = state_of<State>(stream);
@@ -57,12 +57,24 @@ template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
       value = x;
       x *= a;
     }
-    for (; k + kLanes <= n; k += kLanes)
-      for (int j = 0; j < kLanes; j += 2) {
-        map.put2(k + j, ULong2{lane[j], lane[j + 1]} & kMask);
-        lane[j] *= step;
-        lane[j + 1] *= step;
-      }
+    constexpr bool kInPlace = __is_same(Map, Raw);
+    constexpr int64_t kRun = 64;
+    const int64_t whole = n / kLanes * kLanes;
+    while (k < whole) {
+      uint64_t buffer[kInPlace ? 1 : kRun];
+      const int64_t run = kInPlace || whole - k < kRun ? whole - k : kRun;
+      LooseLong* to = buffer;
+      if constexpr (kInPlace) to = map.r + k;
+      for (int64_t t = 0; t < run; t += kLanes)
+        for (int j = 0; j < kLanes; j++) {
+          to[t + j] = lane[j] & kMask;
+          lane[j] *= step;
+        }
+      if constexpr (!kInPlace)
+        for (int64_t t = 0; t < run; t += 2)
+          map.put2(k + t, (ULong2)_mm_loadu_si128(reinterpret_cast<const __m128i*>(buffer + t)));
+      k += run;
+    }
     x = lane[0];
   }
   for (; k < n; k++) {

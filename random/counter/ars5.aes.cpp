@@ -15,68 +15,58 @@ struct State {
   uint32_t block[4];
 };
 
-struct RoundKeys {
-  __m128i k[6];
-  explicit RoundKeys(const uint32_t key[4]) {
-    k[0] = (__m128i)load4(key);
+// Under the round keys of a state.
+struct Cipher {
+  static constexpr int kBlocks = 8, kGroup = 4 * kBlocks;
+  __m128i key[6];
+  explicit Cipher(const State& s) {
+    key[0] = (__m128i)load4(s.key);
     const __m128i weyl = (__m128i)ULong2{0x9E3779B97F4A7C15, 0xBB67AE8584CAA73B};
-    for (int i = 1; i < 6; i++) k[i] = _mm_add_epi64(k[i - 1], weyl);
+    for (int i = 1; i < 6; i++) key[i] = _mm_add_epi64(key[i - 1], weyl);
   }
   template <int count> void encrypt(__m128i (&block)[count]) const {
-    for (__m128i& b : block) b = _mm_xor_si128(b, k[0]);
+    for (__m128i& b : block) b = _mm_xor_si128(b, key[0]);
     for (int i = 1; i < 5; i++)
-      for (__m128i& b : block) b = _mm_aesenc_si128(b, k[i]);
-    for (__m128i& b : block) b = _mm_aesenclast_si128(b, k[5]);
+      for (__m128i& b : block) b = _mm_aesenc_si128(b, key[i]);
+    for (__m128i& b : block) b = _mm_aesenclast_si128(b, key[5]);
+  }
+  void groups(uint32_t counter[4], Words to, int64_t count) const {
+    while (count > 0) {
+      // As many groups as the low half of the counter allows without a carry, or one that carries.
+      const ULong2 start = (ULong2)load4(counter);
+      const uint64_t low = start[0], high = start[1], room = ~low / kBlocks;
+      const int64_t now = room < static_cast<uint64_t>(count) ? static_cast<int64_t>(room) : count;
+      __m128i block[kBlocks], base = (__m128i)start;
+      int64_t k = 0;
+      for (int64_t t = 0; t < now; t++, k += kGroup) {
+        for (int j = 0; j < kBlocks; j++) block[j] = _mm_add_epi64(base, _mm_set_epi64x(0, j));
+        base = _mm_add_epi64(base, _mm_set_epi64x(0, kBlocks));
+        encrypt(block);
+        for (int j = 0; j < kBlocks; j++) to.put4(k + 4 * j, (UInt4)block[j]);
+      }
+      if (now == 0) {
+        for (uint64_t j = 0; j < kBlocks; j++) block[j] = (__m128i)ULong2{low + j, high + (low + j < low)};
+        encrypt(block);
+        for (int j = 0; j < kBlocks; j++) to.put4(4 * j, (UInt4)block[j]);
+      }
+      const int64_t done = now > 0 ? now : 1;
+      add_to_counter(counter, static_cast<Counter>(done) * kBlocks);
+      to = Words(to.r + done * kGroup);
+      count -= done;
+    }
   }
 };
 
 void next_block(State& s) {
   __m128i block[1] = {(__m128i)load4(s.counter)};
-  RoundKeys(s.key).encrypt(block);
+  Cipher(s).encrypt(block);
   store4(s.block, (UInt4)block[0]);
   add_to_counter(s.counter, 1);
 }
 
-constexpr int kBlocks = 8;
 template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
   if (!__kestCPUisAES()) return TARN_RANDOM_NO_AES;
-  State& state = state_of<State>(stream);
-  State s = state;
-  int64_t k = 0;
-  for (; k < n && s.left > 0; s.left--) map.put1(k++, s.block[4 - s.left]);
-  const RoundKeys keys(s.key);
-  while (n - k >= 4 * kBlocks) {
-    // As many rounds as the low half of the counter allows without a carry, then one that carries.
-    const ULong2 counter = (ULong2)load4(s.counter);
-    const uint64_t low = counter[0], high = counter[1];
-    int64_t rounds = (n - k) / (4 * kBlocks);
-    const uint64_t room = (~low) / kBlocks;
-    if (room < static_cast<uint64_t>(rounds)) rounds = static_cast<int64_t>(room);
-    if (rounds == 0) {
-      __m128i block[kBlocks];
-      for (uint64_t j = 0; j < kBlocks; j++) block[j] = (__m128i)ULong2{low + j, high + (low + j < low)};
-      keys.encrypt(block);
-      for (int j = 0; j < kBlocks; j++) map.put4(k + 4 * j, (UInt4)block[j]);
-      rounds = 1;
-    } else {
-      __m128i base = (__m128i)counter;
-      int64_t to = k;
-      for (int64_t t = 0; t < rounds; t++, to += 4 * kBlocks) {
-        __m128i block[kBlocks];
-        for (int j = 0; j < kBlocks; j++) block[j] = _mm_add_epi64(base, _mm_set_epi64x(0, j));
-        base = _mm_add_epi64(base, _mm_set_epi64x(0, kBlocks));
-        keys.encrypt(block);
-        for (int j = 0; j < kBlocks; j++) map.put4(to + 4 * j, (UInt4)block[j]);
-      }
-    }
-    add_to_counter(s.counter, static_cast<Counter>(rounds) * kBlocks);
-    k += rounds * 4 * kBlocks;
-  }
-  while (k < n) {
-    next_block(s);
-    for (s.left = 4; k < n && s.left > 0; s.left--) map.put1(k++, s.block[4 - s.left]);
-  }
-  state = s;
+  generate_blocks<Cipher>(state_of<State>(stream), n, map, next_block);
   return TARN_RANDOM_OK;
 }
 

@@ -1,7 +1,7 @@
-// 128-bit counters of four words, least significant first, and skipping ahead by addition.
+// 128-bit counters of four words, least significant first: skipping ahead by addition, and the output loop of a cipher.
 #pragma once
 
-#include <stdint.h>
+#include "random/streams/maps.h"
 
 namespace tarn::random {
 
@@ -36,6 +36,33 @@ template <class State> void skip_words(State& s, int32_t limbs, const uint64_t* 
   add_to_counter(s.counter, static_cast<Counter>(high) << 64 | low);
   next_block(s);
   s.left = left;
+}
+
+// n outputs: the words left in the block, whole groups of blocks, and the start of one more block. A Cipher is made from
+// the state and has kGroup, the words of a group, and groups(counter, to, count), which moves the counter on.
+template <class Cipher, class State, class Map>
+void generate_blocks(State& state, int64_t n, Map map, void (*next_block)(State&)) {
+  State s = state; // the output may be anywhere, but not here
+  int64_t k = 0;
+  for (; k < n && s.left > 0; s.left--) map.put1(k++, s.block[4 - s.left]);
+  const Cipher cipher(s);
+  constexpr bool kInPlace = __is_same(Map, Words); // else by way of a buffer
+  constexpr int64_t kGroup = Cipher::kGroup, kBuffer = 512 / kGroup * kGroup;
+  uint32_t buffer[kInPlace ? 1 : kBuffer];
+  for (int64_t count; (count = (n - k) / kGroup * kGroup) > 0; k += count) {
+    if constexpr (kInPlace) {
+      cipher.groups(s.counter, Words(map.r + k), count / kGroup);
+    } else {
+      if (count > kBuffer) count = kBuffer;
+      cipher.groups(s.counter, Words(buffer), count / kGroup);
+      for (int64_t i = 0; i < count; i += 4) map.put4(k + i, load4(buffer + i));
+    }
+  }
+  while (k < n) {
+    next_block(s);
+    for (s.left = 4; k < n && s.left > 0; s.left--) map.put1(k++, s.block[4 - s.left]);
+  }
+  state = s;
 }
 
 }

@@ -70,37 +70,36 @@ void next_block(State& s) {
 
 // Several blocks side by side; the lowest counter word runs through the lanes, and where it wraps, the carry is made
 // for each block.
-constexpr int kPairs = 3;
-template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
-  State& state = state_of<State>(stream);
-  State s = state;
-  int64_t k = 0;
-  for (; k < n && s.left > 0; s.left--) map.put1(k++, s.block[4 - s.left]);
-  for (; n - k >= 8 * kPairs; k += 8 * kPairs) {
-    Pair pair[kPairs];
-    if (s.counter[0] <= 0xFFFFFFFF - 2 * kPairs) {
-      const ULong2 low = {s.counter[0], uint64_t{s.counter[0]} + 1};
-      for (int j = 0; j < kPairs; j++) {
-        pair[j].c[0] = low + 2 * static_cast<uint64_t>(j);
-        for (int i = 1; i < 4; i++) pair[j].c[i] = ULong2{s.counter[i], s.counter[i]};
+struct Cipher {
+  static constexpr int kPairs = 3, kGroup = 8 * kPairs;
+  const uint32_t* key;
+  explicit Cipher(const State& s) : key(s.key) {}
+  void groups(uint32_t counter[4], Words to, int64_t count) const {
+    for (int64_t k = 0; count > 0; count--, k += kGroup) {
+      Pair pair[kPairs];
+      if (counter[0] <= 0xFFFFFFFF - 2 * kPairs) {
+        const ULong2 low = {counter[0], uint64_t{counter[0]} + 1};
+        for (int j = 0; j < kPairs; j++) {
+          pair[j].c[0] = low + 2 * static_cast<uint64_t>(j);
+          for (int i = 1; i < 4; i++) pair[j].c[i] = ULong2{counter[i], counter[i]};
+        }
+      } else {
+        for (int j = 0; j < kPairs; j++) set_counters(pair[j], counter, 2 * static_cast<uint64_t>(j));
       }
-    } else {
-      for (int j = 0; j < kPairs; j++) set_counters(pair[j], s.counter, 2 * static_cast<uint64_t>(j));
+      encrypt(pair, key);
+      for (int j = 0; j < kPairs; j++) {
+        UInt4 first, second;
+        unpack(pair[j], first, second);
+        to.put4(k + 8 * j, first);
+        to.put4(k + 8 * j + 4, second);
+      }
+      add_to_counter(counter, 2 * kPairs);
     }
-    encrypt(pair, s.key);
-    for (int j = 0; j < kPairs; j++) {
-      UInt4 first, second;
-      unpack(pair[j], first, second);
-      map.put4(k + 8 * j, first);
-      map.put4(k + 8 * j + 4, second);
-    }
-    add_to_counter(s.counter, 2 * kPairs);
   }
-  while (k < n) {
-    next_block(s);
-    for (s.left = 4; k < n && s.left > 0; s.left--) map.put1(k++, s.block[4 - s.left]);
-  }
-  state = s;
+};
+
+template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
+  generate_blocks<Cipher>(state_of<State>(stream), n, map, next_block);
   return TARN_RANDOM_OK;
 }
 

@@ -29,8 +29,7 @@ uint64_t spread(uint32_t half) {
 
 // Arithmetic modulo a polynomial given by its exponents. Polynomials of few terms are reduced term by term, those of
 // many by multiples from a table, which stands in the block.
-class Modulus {
-public:
+struct Modulus {
   static constexpr int kBytesPerWord = 200;
 
   Modulus(void* block, int32_t degree, int32_t terms, const uint32_t* exponents)
@@ -59,7 +58,6 @@ public:
       for (int32_t t = 0; t < terms_; t++) flip(g, exponents_[t]);
   }
 
-private:
   static constexpr int32_t kManyTerms = 1024;
   static constexpr int kChunkWords = 8;
 

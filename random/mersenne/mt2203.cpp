@@ -28,7 +28,7 @@ template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
     y ^= (y << 15) & c;
     return y ^ y >> 18;
   };
-  Ring::generate<8>(state.x, state.index, state.a, n, map, temper);
+  Ring::generate(state.x, state.index, state.a, n, map, temper);
   return TARN_RANDOM_OK;
 }
 

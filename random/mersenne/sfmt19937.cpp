@@ -1,4 +1,5 @@
 // SFMT19937: the SIMD-oriented Mersenne twister, a recurrence on blocks of four words.
+#include "random/mersenne/jump_state.h"
 #include "random/streams/maps.h"
 #include "random/streams/stream.h"
 
@@ -22,20 +23,17 @@ struct State {
   int32_t carry_pos, carry_count;
 };
 
-struct Work {
-  tarn_stream head;
-  State state;
-};
-static_assert(sizeof(Work) == 2536);
-State& at(void* work) { return static_cast<Work*>(work)->state; }
-const State& at(const void* work) { return static_cast<const Work*>(work)->state; }
+using Jump = JumpState<State>;
+static_assert(sizeof(Jump::Work) == 2536);
 
 // The previous block comes last, since it is ready last.
 UInt4 next(UInt4 here, UInt4 far, UInt4 before2, UInt4 before1) {
   const UInt4 mask = {0xDFFFFFEF, 0xDDFECB7F, 0xBFFAFFFF, 0xBFFFFFF6};
   const UInt4 here_up = (UInt4)_mm_slli_si128((__m128i)here, 1),
               before2_down = (UInt4)_mm_srli_si128((__m128i)before2, 1);
-  return (here ^ here_up ^ ((far >> 11) & mask) ^ before2_down) ^ (before1 << 18);
+  UInt4 rest = here ^ here_up ^ ((far >> 11) & mask) ^ before2_down;
+  asm("" : "+x"(rest)); // else the compiler reorders the sum, and the chain from block to block doubles
+  return rest ^ before1 << 18;
 }
 
 // Makes blocks [0, count) of the ring anew, in place; put(k, words) for each.
@@ -144,26 +142,8 @@ void seed(State& state, int32_t n, const uint32_t* seeds) {
 
 // ---- Jump
 
-void zero_state(void* work) { at(work) = {}; }
-
-void copy_state1(void* work, const void* state) { at(work) = at(state); }
-
-void add_state(void* first, const void* second) {
-  State& to = at(first);
-  const State& from = at(second);
-  int i = to.index % kRing, j = from.index % kRing;
-  for (int left = kRing; left > 0;) {
-    int run = kRing - (i > j ? i : j);
-    if (run > left) run = left;
-    for (int k = 0; k < run; k++) to.x[i + k] ^= from.x[j + k];
-    left -= run;
-    i = i + run == kRing ? 0 : i + run;
-    j = j + run == kRing ? 0 : j + run;
-  }
-}
-
 void update_s(void* work) {
-  State& state = at(work);
+  State& state = Jump::at(work);
   const int i = state.index % kRing;
   auto block = [&](int k) { return load4(state.x + (k < kRing ? k : k - kRing)); };
   store4(state.x + i, next(block(i), block(i + 4 * kLag), block(i + kRing - 8), block(i + kRing - 4)));
@@ -179,17 +159,15 @@ void carry_rest(State& state, const uint32_t* block, int32_t taken) {
 }
 
 void copy_state2(void* state, const void* work, int32_t remainder) {
-  State& to = at(state);
-  const State& from = at(work);
-  const int index = from.index % kRing;
-  memcpy(to.x, from.x + index, sizeof(uint32_t) * static_cast<size_t>(kRing - index));
-  memcpy(to.x + kRing - index, from.x, sizeof(uint32_t) * static_cast<size_t>(index));
+  State& to = Jump::at(state);
+  const State& from = Jump::at(work);
+  Jump::copy_ring_back(to, from);
   to.index = kRing;
   if (remainder != 0) carry_rest(to, to.x + kRing - 4, remainder);
 }
 
 int32_t process_idx(void* stream, uint64_t* nskip, int32_t* remainder) {
-  State& state = at(stream);
+  State& state = Jump::at(stream);
   const uint64_t left = static_cast<uint64_t>(state.carry_count - state.carry_pos);
   if (*nskip <= left) {
     state.carry_pos += static_cast<int32_t>(*nskip);
@@ -218,8 +196,8 @@ constexpr int64_t kWindowFrom = 19968;
 int32_t skip_ahead(tarn_stream* stream, uint64_t nskip) {
   // Counts of 2^63 and more are negative here and take Horner's form, which is slower and gives the same state.
   const auto jump = static_cast<int64_t>(nskip) < kWindowFrom ? __kest_SkipAheadHorner : __kest_SkipAheadSWin;
-  return jump(stream, zero_state, add_state, copy_state1, update_s, copy_state2, process_idx, nskip, kRing, kDegree,
-              sizeof(Work), kTerms, __kest_sfmt19937_poly);
+  return jump(stream, Jump::zero, Jump::add, Jump::copy_to_work, update_s, copy_state2, process_idx, nskip, kRing,
+              kDegree, sizeof(Jump::Work), kTerms, __kest_sfmt19937_poly);
 }
 
 }

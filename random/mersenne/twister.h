@@ -27,22 +27,22 @@ template <int N, int M, int R> struct Twister {
     ring[at] = next(ring[at], ring[after], ring[far], a);
   }
 
-  static void regenerate(uint32_t ring[N], uint32_t a) {
-    uint32_t line[N + N + 4];
-    memcpy(line, ring, N * sizeof(uint32_t));
-    run(line, N, a, [](int, UInt4) {});
-    memcpy(ring, line + N, N * sizeof(uint32_t));
+  // The whole ring made anew, in place. The words before the turn that do not fill a vector are made one by one: so far
+  // words beyond it are read as they were stored, in the same vectors, which is what a processor can forward.
+  static void regenerate(uint32_t x[N], uint32_t a) {
+    range<0, N - M, M>(x, a);
+    range<N - M, N - 1, M - N>(x, a);
+    step(x, N - 1, a);
   }
 
-  // Continues a line of words: from line[0 .. N) makes line[N .. N + count), and up to three words beyond, and hands
-  // them over four at a time.
-  template <class Use> static void run(uint32_t* line, int count, uint32_t a, Use use) {
+  // Words from .. to - 1, whose far words stand `far` places on.
+  template <int from, int to, int far> static void range(uint32_t x[N], uint32_t a) {
+    constexpr int kWhole = from + (to - from) / 4 * 4;
     const UInt4 matrix = all4(a);
-    for (int k = 0; k < count; k += 4) {
-      const UInt4 w = next(load4(line + k), load4(line + k + 1), load4(line + k + M), matrix);
-      store4(line + N + k, w);
-      use(k, w);
-    }
+#pragma GCC unroll 2
+    for (int64_t k = from; k < kWhole; k += 4)
+      store4(x + k, next(load4(x + k), load4(x + k + 1), load4(x + k + far), matrix));
+    for (int k = kWhole; k < to; k++) x[k] = next(x[k], x[k + 1], x[k + far], a);
   }
 
   static void seed(uint32_t x[N], int32_t n, const uint32_t* seeds) {
@@ -69,42 +69,49 @@ template <int N, int M, int R> struct Twister {
     x[0] = 0x80000000;
   }
 
-  // n outputs from a ring: what is left in it, whole regenerations several at a time, and the start of one more.
-  // temper(word or four words).
-  template <int Batch, class Map, class Temper>
-  static void generate(uint32_t ring[N], int32_t& index, uint32_t a, int64_t n, const Map& map, Temper temper) {
-    static_assert(Batch * N % 4 == 0, "a batch is whole vectors");
-    auto put = [&](int64_t k, const uint32_t* words, int64_t count) {
-      int64_t i = 0;
-      for (; i + 4 <= count; i += 4) map.put4(k + i, temper(load4(words + i)));
-      for (; i < count; i++) map.put1(k + i, temper(words[i]));
-    };
-    if (n <= 0) return;
-    const int64_t left = N - index;
-    if (n <= left) {
-      put(0, ring + index, n);
-      index += static_cast<int32_t>(n);
-      return;
+  // Tempering in a pass of its own: together with the recurrence or the conversion it would need more registers than
+  // there are.
+  template <class Temper> static void temper_words(uint32_t* to, const uint32_t* words, int64_t count, Temper temper) {
+    const Words out(to);
+    const int64_t whole = count & ~int64_t{3};
+#pragma GCC unroll 2
+    for (int64_t i = 0; i < whole; i += 4) out.put4(i, temper(load4(words + i)));
+    for (int64_t i = whole; i < count; i++) out.put1(i, temper(words[i]));
+  }
+
+  // n outputs from a ring: what is left in it, whole regenerations, and the start of one more. They are tempered in their
+  // place, if words are wanted, or in a buffer of several rings, to be converted from there. temper(word or four words).
+  template <class Map, class Temper>
+  static void generate(uint32_t ring[N], int32_t& stored_index, uint32_t a, int64_t n, Map map, Temper temper) {
+    int64_t index = stored_index;
+    constexpr bool kInPlace = __is_same(Map, Words);
+    constexpr int64_t kBuffer = N * (N < 512 ? 512 / N : 1);
+    uint32_t buffer[kInPlace ? 1 : kBuffer];
+    for (int64_t k = 0; k < n;) {
+      const int64_t end = kInPlace || n - k < kBuffer ? n : k + kBuffer;
+      int64_t at = k;
+      while (at < end) {
+        if (index == N) {
+          regenerate(ring, a);
+          index = 0;
+        }
+        const int64_t count = end - at < N - index ? end - at : N - index;
+        uint32_t* to;
+        if constexpr (kInPlace)
+          to = reinterpret_cast<uint32_t*>(map.r + at);
+        else
+          to = buffer + (at - k);
+        if (count == N && index == 0)
+          temper_words(to, ring, N, temper);
+        else
+          temper_words(to, ring + index, count, temper);
+        index += count;
+        at += count;
+      }
+      if constexpr (!kInPlace) put_words(map, k, buffer, end - k);
+      k = end;
     }
-    put(0, ring + index, left);
-    int64_t k = left;
-    constexpr int kOffset = (4 - N % 4) % 4; // stores of new words fall on multiples of four
-    alignas(16) uint32_t buffer[kOffset + N + Batch * N + 4];
-    uint32_t* line = buffer + kOffset;
-    memcpy(line, ring, N * sizeof(uint32_t));
-    for (; n - k >= Batch * N; k += Batch * N) {
-      run(line, Batch * N, a, [&](int i, UInt4 w) { map.put4(k + i, temper(w)); });
-      memcpy(line, line + Batch * N, N * sizeof(uint32_t));
-    }
-    index = N;
-    while (k < n) {
-      run(line, N, a, [](int, UInt4) {});
-      memmove(line, line + N, N * sizeof(uint32_t));
-      index = n - k < N ? static_cast<int32_t>(n - k) : N;
-      put(k, line, index);
-      k += index;
-    }
-    memcpy(ring, line, N * sizeof(uint32_t));
+    stored_index = static_cast<int32_t>(index);
   }
 };
 

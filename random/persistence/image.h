@@ -29,8 +29,7 @@ constexpr uint16_t kHeaderBytes = sizeof(Signature) + sizeof(HeaderRest);
 constexpr int32_t kChunkHeaderBytes = 24; // id, key, size
 
 // A path of `length` bytes, or a NUL-terminated one, opened as a file.
-class ImageFile {
-public:
+struct ImageFile {
   ImageFile(const char* path, int32_t length, const char* mode);
   ~ImageFile();
   ImageFile(const ImageFile&) = delete;
@@ -40,7 +39,6 @@ public:
   // Closes the file; a failure takes the place of the status given.
   int32_t close(int32_t status);
 
-private:
   char* copy_ = nullptr;
   FILE* file_ = nullptr;
   int32_t status_ = TARN_RANDOM_OK;

@@ -35,12 +35,7 @@ constexpr Polynomials first_irreducible() {
 constexpr Polynomials kPolynomials = first_irreducible();
 static_assert(kPolynomials.mask[11] == 55 && kPolynomials.mask[kBuiltIn - 1] == 3047);
 
-struct State {
-  PointState head;
-  uint32_t x[kBuiltIn];
-  uint32_t m[kBuiltIn][33]; // direction numbers by coordinate, 32 in use
-  uint32_t v[kRows][kRowWords];
-};
+using State = PointRecord<kBuiltIn, kRowWords>;
 static_assert(sizeof(tarn_stream) + sizeof(State) <= 84288);
 
 // A stream of more coordinates has its rows in a chunk. Its point stays in the record as long as there is room;
@@ -50,21 +45,10 @@ constexpr int64_t kPointRoom = (84288 - sizeof(tarn_stream) - sizeof(PointState)
 Points points_of(tarn_stream* stream) {
   State& s = state_of<State>(stream);
   auto* rows = static_cast<uint32_t*>(__kestSearchChunk(stream, kNiederrDirections));
-  if (!rows) return {&s.head, s.x, s.v[0], kRowWords};
+  if (!rows) return s.points();
   const int64_t dimen = s.head.dimen;
   uint32_t* in_record = reinterpret_cast<uint32_t*>(&s) + sizeof(PointState) / sizeof(uint32_t);
   return {&s.head, dimen <= kPointRoom ? in_record : rows + kRows * dimen, rows, dimen};
-}
-
-template <class Column> void fill_record(tarn_stream* stream, uint32_t dimen, Column column) {
-  State& s = state_of<State>(stream);
-  memset(&s, 0, sizeof s);
-  s.head.dimen = dimen;
-  for (uint32_t d = 0; d < dimen; d++) {
-    column(d, s.m[d]);
-    for (int k = 0; k < kRows; k++) s.v[k][d] = s.m[d][k];
-  }
-  points_of(stream).start();
 }
 
 template <class Column> int32_t fill_chunk(tarn_stream* stream, int64_t dimen, Column column) {
@@ -93,9 +77,10 @@ void built_in(uint32_t d, uint32_t out[kRows]) { niederreiter_directions(kPolyno
 enum Class : int32_t { kPolynomialList = 1, kTable = 4 };
 
 int32_t seed(tarn_stream* stream, const PointSeeds& seeds) {
+  State& state = state_of<State>(stream);
   // Whatever is wrong with the caller's parameters leaves the built-in sequence.
   auto fall_back = [&] {
-    fill_record(stream, seeds.built_in_dimension(kBuiltIn), built_in);
+    state.start(seeds.built_in_dimension(kBuiltIn), built_in);
     return TARN_RANDOM_OK;
   };
   if (!seeds.user(3)) return fall_back();
@@ -103,10 +88,10 @@ int32_t seed(tarn_stream* stream, const PointSeeds& seeds) {
   const auto* words = reinterpret_cast<const uint32_t*>(seeds.p) + 3;
   auto fill = [&](auto column) {
     if (dimen > kBuiltIn) { // a stream that gets no chunk is a plain one of one coordinate
-      fill_record(stream, 1, built_in);
+      state.start(1, built_in);
       return fill_chunk(stream, dimen, column);
     }
-    fill_record(stream, static_cast<uint32_t>(dimen), column);
+    state.start(static_cast<uint32_t>(dimen), column);
     return int32_t{TARN_RANDOM_OK};
   };
   if (seeds.p[2] == kPolynomialList && seeds.length >= dimen + 3)
@@ -116,10 +101,9 @@ int32_t seed(tarn_stream* stream, const PointSeeds& seeds) {
   return fall_back();
 }
 
-template <class Map> int32_t generate(tarn_stream* stream, int32_t n, const Map& map) {
-  return generate_points(points_of(stream), n, map, [](const Points& p, int64_t at, int64_t count, const Map& to) {
-    whole_points(p, at, count, to);
-  });
+template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
+  return generate_points(points_of(stream), n, map,
+                         [](const Points& p, int64_t at, int64_t count, Map to) { whole_points(p, at, count, to); });
 }
 
 }

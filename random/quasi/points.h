@@ -60,11 +60,32 @@ struct Points {
   }
 };
 
+// The state of a generator with room for its built-in coordinates. A row of the table may be padded.
+template <uint32_t kCoordinates, int kRowWords> struct PointRecord {
+  PointState head;
+  uint32_t x[kCoordinates];
+  uint32_t m[kCoordinates][33]; // direction numbers by coordinate, 32 in use
+  uint32_t v[kRows][kRowWords];
+
+  Points points() { return {&head, x, v[0], kRowWords}; }
+
+  // column(d, out) makes the 32 numbers of coordinate d.
+  template <class Column> void start(uint32_t dimen, Column column) {
+    memset(this, 0, sizeof *this);
+    head.dimen = dimen;
+    for (uint32_t d = 0; d < dimen; d++) {
+      column(d, m[d]);
+      for (int k = 0; k < kRows; k++) v[k][d] = m[d][k];
+    }
+    points().start();
+  }
+};
+
 // w 2^-32 from the upper 31 bits, which a signed conversion takes.
 template <class Real> struct UpperBits;
 
-template <> struct UpperBits<double> : LinearDouble<Reading::Unsigned, double> {
-  using Base = LinearDouble<Reading::Unsigned, double>;
+template <> struct UpperBits<double> : LinearDouble<Reading::Signed, double> {
+  using Base = LinearDouble<Reading::Signed, double>;
   UpperBits(void* to, double a, double b) : Base(to, (b - a) * 0x1p-31, a) {}
   void put4(int64_t k, UInt4 w) const { Base::put4(k, w >> 1); }
   void put1(int64_t k, uint32_t w) const { Base::put1(k, w >> 1); }
@@ -77,11 +98,11 @@ template <> struct UpperBits<float> : LinearFloat<Reading::Signed> {
   void put1(int64_t k, uint32_t w) const { Base::put1(k, w >> 1); }
 };
 
-// ---- Whole points, one loop for each way of keeping a point
+// ---- Whole points
 
 // One to three coordinates: four points at a time, as `dimen` vectors. Points i to i + 3 with i a multiple of 4 differ
 // by fixed offsets, and the step from one four to the next adds row 1 and one more row to all of them.
-template <int dimen, class Map> void points_by_fours(const Points& p, int64_t at, int64_t count, const Map& map) {
+template <int dimen, class Map> void points_by_fours(const Points& p, int64_t at, int64_t count, Map map) {
   uint32_t* x = p.x;
   uint32_t index = p.state->index;
   auto single = [&] {
@@ -124,68 +145,60 @@ template <int dimen, class Map> void points_by_fours(const Points& p, int64_t at
   p.state->index = index;
 }
 
-// Four to fifteen coordinates: the point in registers. The last vector overlaps the one before it where dimen is not a
-// multiple of 4.
-template <int dimen, class Map> void points_in_registers(const Points& p, int64_t at, int64_t count, const Map& map) {
-  constexpr int kVectors = (dimen + 3) / 4;
-  constexpr auto place = [](int j) { return 4 * j + 4 <= dimen ? 4 * j : dimen - 4; };
+// kVectors vectors of coordinates from `first` on in registers, through `count` points. The last vector stands `last`
+// coordinates on, so that it may overlap the one before it.
+template <int kVectors, class Map>
+void coordinates_in_registers(const Points& p, uint32_t index, int64_t first, int64_t last, int64_t at, int64_t count,
+                              Map map) {
+  const auto place = [last](int j) { return j + 1 < kVectors ? int64_t{4} * j : last; };
+  const int64_t dimen = p.state->dimen;
   UInt4 x[kVectors];
-  for (int j = 0; j < kVectors; j++) x[j] = load4(p.x + place(j));
-  uint32_t index = p.state->index;
-  for (; count > 0; count--, at += dimen) {
-    const uint32_t* add = p.row(Points::step_row(index++));
+  for (int j = 0; j < kVectors; j++) x[j] = load4(p.x + first + place(j));
+  for (int64_t to = at + first; count > 0; count--, to += dimen) {
+    const uint32_t* add = p.row(Points::step_row(index++)) + first;
     for (int j = 0; j < kVectors; j++) {
-      map.put4(at + place(j), x[j]);
+      map.put4(to + place(j), x[j]);
       x[j] ^= load4(add + place(j));
     }
   }
-  for (int j = 0; j < kVectors; j++) store4(p.x + place(j), x[j]);
-  p.state->index = index;
+  for (int j = 0; j < kVectors; j++) store4(p.x + first + place(j), x[j]);
 }
 
-template <class Map> void points_in_memory(const Points& p, int64_t at, int64_t count, const Map& map) {
-  const int64_t dimen = p.state->dimen;
-  uint32_t index = p.state->index;
-  for (; count > 0; count--, at += dimen) {
-    const uint32_t* add = p.row(Points::step_row(index++));
-    int64_t d = 0;
-    for (; d + 4 <= dimen; d += 4) {
-      const UInt4 w = load4(p.x + d);
-      map.put4(at + d, w);
-      store4(p.x + d, w ^ load4(add + d));
+// Four and more coordinates: groups of them in turn, each through all points of a stretch whose output stays in the
+// cache. The last group is of 4 to 11.
+constexpr int64_t kStretch = 2048;
+template <class Map> void points_by_groups(const Points& p, int64_t at, int64_t count, Map map) {
+  const int64_t dimen = p.state->dimen, most = kStretch / dimen > 0 ? kStretch / dimen : 1;
+  while (count > 0) {
+    const int64_t stretch = count < most ? count : most;
+    const uint32_t index = p.state->index;
+    int64_t first = 0, left = dimen;
+    for (; left >= 36; first += 32, left -= 32) coordinates_in_registers<8>(p, index, first, 28, at, stretch, map);
+    for (; left >= 20; first += 16, left -= 16) coordinates_in_registers<4>(p, index, first, 12, at, stretch, map);
+    for (; left >= 12; first += 8, left -= 8) coordinates_in_registers<2>(p, index, first, 4, at, stretch, map);
+    switch ((left + 3) / 4) {
+    case 1: coordinates_in_registers<1>(p, index, first, 0, at, stretch, map); break;
+    case 2: coordinates_in_registers<2>(p, index, first, left - 4, at, stretch, map); break;
+    default: coordinates_in_registers<3>(p, index, first, left - 4, at, stretch, map); break;
     }
-    for (; d < dimen; d++) {
-      map.put1(at + d, p.x[d]);
-      p.x[d] ^= add[d];
-    }
+    p.state->index = index + static_cast<uint32_t>(stretch);
+    at += stretch * dimen;
+    count -= stretch;
   }
-  p.state->index = index;
 }
 
-template <class Map> void whole_points(const Points& p, int64_t at, int64_t count, const Map& map) {
+template <class Map> void whole_points(const Points& p, int64_t at, int64_t count, Map map) {
   switch (p.state->dimen) {
   case 1: return points_by_fours<1>(p, at, count, map);
   case 2: return points_by_fours<2>(p, at, count, map);
   case 3: return points_by_fours<3>(p, at, count, map);
-  case 4: return points_in_registers<4>(p, at, count, map);
-  case 5: return points_in_registers<5>(p, at, count, map);
-  case 6: return points_in_registers<6>(p, at, count, map);
-  case 7: return points_in_registers<7>(p, at, count, map);
-  case 8: return points_in_registers<8>(p, at, count, map);
-  case 9: return points_in_registers<9>(p, at, count, map);
-  case 10: return points_in_registers<10>(p, at, count, map);
-  case 11: return points_in_registers<11>(p, at, count, map);
-  case 12: return points_in_registers<12>(p, at, count, map);
-  case 13: return points_in_registers<13>(p, at, count, map);
-  case 14: return points_in_registers<14>(p, at, count, map);
-  case 15: return points_in_registers<15>(p, at, count, map);
-  default: return points_in_memory(p, at, count, map);
+  default: return points_by_groups(p, at, count, map);
   }
 }
 
 // ---- One output call. points(p, at, count, map) gives whole points.
 
-template <class Map> void narrowed(const Points& p, int32_t n, const Map& map) {
+template <class Map> void narrowed(const Points& p, int32_t n, Map map) {
   const uint32_t d = p.state->leap;
   uint32_t column[kRows];
   for (int k = 0; k < kRows; k++) column[k] = p.row(k)[d];
@@ -198,7 +211,7 @@ template <class Map> void narrowed(const Points& p, int32_t n, const Map& map) {
   p.state->index = index;
 }
 
-template <class Map, class Whole> int32_t generate_points(const Points& p, int32_t n, const Map& map, Whole points) {
+template <class Map, class Whole> int32_t generate_points(const Points& p, int32_t n, Map map, Whole points) {
   PointState& s = *p.state;
   if (static_cast<int64_t>(s.index) + n > int64_t{0xFFFFFFFF}) return TARN_RANDOM_QUASI_EXHAUSTED;
   if (n <= 0) return TARN_RANDOM_OK;

@@ -18,12 +18,7 @@ constexpr Coordinate kCoordinates[kBuiltIn - 1] = {
 #include "random/quasi/sobol_table.inc"
 };
 
-struct State {
-  PointState head;
-  uint32_t x[kBuiltIn];
-  uint32_t m[kBuiltIn][33]; // direction numbers by coordinate, 32 in use
-  uint32_t v[kRows][kRowWords];
-};
+using State = PointRecord<kBuiltIn, kRowWords>;
 static_assert(sizeof(tarn_stream) + sizeof(State) <= 11712);
 
 int degree_of(uint32_t polynomial) { return polynomial > 1 ? 31 - __builtin_clz(polynomial) : 0; }
@@ -44,11 +39,6 @@ void make_directions(uint32_t polynomial, const uint32_t* initial, int given, ui
   for (int k = 0; k < kRows; k++) out[k] = m[k] << (31 - k);
 }
 
-Points points_in_record(tarn_stream* stream) {
-  State& s = state_of<State>(stream);
-  return {&s.head, s.x, s.v[0], kRowWords};
-}
-
 // ---- Tables in chunks: the direction numbers by coordinate, then transposed with padded rows.
 
 int64_t chunk_row_words(int64_t dimen) { return (4 * dimen / 64 * 64 + 64) / 4; }
@@ -67,22 +57,10 @@ bool points_in_chunks(tarn_stream* stream, Points& points) {
 
 Points points_of(tarn_stream* stream) {
   Points points;
-  return points_in_chunks(stream, points) ? points : points_in_record(stream);
+  return points_in_chunks(stream, points) ? points : state_of<State>(stream).points();
 }
 
 // ---- Seeding
-
-// column(d, out) makes the 32 numbers of coordinate d.
-template <class Column> void fill_record(tarn_stream* stream, uint32_t dimen, Column column) {
-  State& s = state_of<State>(stream);
-  memset(&s, 0, sizeof s);
-  s.head.dimen = dimen;
-  for (uint32_t d = 0; d < dimen; d++) {
-    column(d, s.m[d]);
-    for (int k = 0; k < kRows; k++) s.v[k][d] = s.m[d][k];
-  }
-  points_in_record(stream).start();
-}
 
 void built_in(uint32_t d, uint32_t out[kRows]) {
   if (d == 0)
@@ -127,8 +105,9 @@ template <class Column> int32_t fill_chunks(tarn_stream* stream, int64_t dimen, 
 enum Class : int32_t { kPolynomials = 1, kInitial = 2, kBoth = 3, kBothFromFirst = 11, kTable = 4 };
 
 int32_t seed(tarn_stream* stream, const PointSeeds& seeds) {
+  State& state = state_of<State>(stream);
   // Whatever is wrong with the caller's parameters leaves the built-in sequence.
-  fill_record(stream, seeds.built_in_dimension(kBuiltIn), built_in);
+  state.start(seeds.built_in_dimension(kBuiltIn), built_in);
   if (!seeds.user(4)) return TARN_RANDOM_OK;
   const int64_t dimen = seeds.p[0], length = seeds.length;
   const int32_t kind = seeds.p[2];
@@ -139,7 +118,7 @@ int32_t seed(tarn_stream* stream, const PointSeeds& seeds) {
     if (dimen > kBuiltIn || length < dimen + 2) return TARN_RANDOM_OK;
     for (int64_t d = 1; d < dimen; d++)
       if (degree_of(words[d + 2]) > kMostDegree) return TARN_RANDOM_BAD_PARAMETER;
-    fill_record(stream, static_cast<uint32_t>(dimen), [&](uint32_t d, uint32_t* out) {
+    state.start(static_cast<uint32_t>(dimen), [&](uint32_t d, uint32_t* out) {
       if (d == 0) return built_in(0, out);
       const Coordinate& known = kCoordinates[d - 1];
       make_directions(words[d + 2], known.initial, degree_of(known.polynomial), out);
@@ -151,7 +130,7 @@ int32_t seed(tarn_stream* stream, const PointSeeds& seeds) {
     if (dimen > kBuiltIn || most < 0 || length < (dimen - 1) * most + 4) return TARN_RANDOM_OK;
     for (int64_t d = 1; d < dimen; d++)
       if (degree_of(kCoordinates[d - 1].polynomial) > most) return TARN_RANDOM_OK;
-    fill_record(stream, static_cast<uint32_t>(dimen), [&](uint32_t d, uint32_t* out) {
+    state.start(static_cast<uint32_t>(dimen), [&](uint32_t d, uint32_t* out) {
       if (d == 0) return built_in(0, out);
       make_directions(kCoordinates[d - 1].polynomial, words + 4 + (d - 1) * most, static_cast<int>(most), out);
     });
@@ -184,9 +163,8 @@ int32_t seed(tarn_stream* stream, const PointSeeds& seeds) {
   }
 }
 
-template <class Map, class AllBits>
-int32_t generate(tarn_stream* stream, int32_t n, const Map& map, const AllBits& threaded) {
-  return generate_points(points_of(stream), n, map, [&](const Points& p, int64_t at, int64_t count, const Map& serial) {
+template <class Map, class AllBits> int32_t generate(tarn_stream* stream, int32_t n, Map map, const AllBits& threaded) {
+  return generate_points(points_of(stream), n, map, [&](const Points& p, int64_t at, int64_t count, Map serial) {
     if (!points_by_threads(p, at, count, threaded)) whole_points(p, at, count, serial);
   });
 }

@@ -24,22 +24,13 @@ template <class Map> struct GroupTask {
   static void run(int64_t group, int32_t, int32_t, void* context) {
     const GroupTask& task = *static_cast<const GroupTask*>(context);
     const int64_t dimen = task.points.state->dimen, first = group * kGroup;
-    uint32_t* x = task.points.x + first;
     uint32_t index = task.points.state->index;
-    int64_t to = task.at + first;
     if (dimen - first >= kGroup) {
-      UInt4 now[kGroup / 4];
-      for (int j = 0; j < kGroup / 4; j++) now[j] = load4(x + 4 * j);
-      for (int64_t k = 0; k < task.count; k++, to += dimen) {
-        const uint32_t* add = task.points.row(Points::step_row(index++)) + first;
-        for (int j = 0; j < kGroup / 4; j++) {
-          task.map->put4(to + 4 * j, now[j]);
-          now[j] ^= load4(add + 4 * j);
-        }
-      }
-      for (int j = 0; j < kGroup / 4; j++) store4(x + 4 * j, now[j]);
+      coordinates_in_registers<kGroup / 4>(task.points, index, first, kGroup - 4, task.at, task.count, *task.map);
       return;
     }
+    uint32_t* x = task.points.x + first;
+    int64_t to = task.at + first;
     for (int64_t k = 0; k < task.count; k++, to += dimen) {
       const uint32_t* add = task.points.row(Points::step_row(index++)) + first;
       put_words(*task.map, to, x, dimen - first);

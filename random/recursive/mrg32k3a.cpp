@@ -3,6 +3,9 @@
 #include "random/streams/maps.h"
 #include "random/streams/stream.h"
 
+#include <string.h>
+#include <xmmintrin.h>
+
 using namespace tarn::random;
 
 namespace {
@@ -15,33 +18,55 @@ struct State {
   uint32_t x[3], y[3]; // oldest first
 };
 
+// Outputs come as doubles, two of a sequence at a time, or as single words.
 template <class Real> struct Scaled : LinearDouble<Reading::Unsigned, Real> {
   Scaled(void* to, double a, double b) : LinearDouble<Reading::Unsigned, Real>(to, (b - a) * kInverseM1, a) {}
+  void put2(int64_t k, Double2 z) const {
+    const Double2 y = z * this->scale + this->offset;
+    if constexpr (sizeof(Real) == sizeof(double))
+      store2(this->r + k, y);
+    else
+      _mm_storel_epi64(reinterpret_cast<__m128i*>(this->r + k), _mm_castps_si128(_mm_cvtpd_ps(y)));
+  }
 };
 
-// The constants of one component: next = p * mul - q * sub mod m, with a multiple of m added that keeps it positive.
+struct Raw : Words {
+  using Words::Words;
+  void put2(int64_t k, Double2 z) const {
+    const __m128i w = (__m128i)(z + 0x1p52); // the low halves are the words
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(r + k), _mm_shuffle_epi32(w, _MM_SHUFFLE(3, 1, 2, 0)));
+  }
+};
+
+// The constants of one component: next = p * mul - q * sub mod m.
 template <uint32_t mul_, uint32_t sub_, uint32_t m_> struct Component {
   static constexpr uint64_t mul = mul_, sub = sub_, m = m_, excess = (uint64_t{1} << 32) - m;
   static constexpr uint64_t positive = m * sub;
 
-  static uint32_t next(uint32_t p, uint32_t q) {
-    uint64_t v = mul * p + (positive - sub * q);
+  static uint32_t next(uint32_t p, uint32_t q) { return remainder(mul * p + (positive - sub * q)); }
+
+  // Of a number below 2^53.
+  static uint32_t remainder(uint64_t v) {
     v = (v & 0xFFFFFFFF) + (v >> 32) * excess; // 2^32 = excess mod m
     v = (v & 0xFFFFFFFF) + (v >> 32) * excess;
     return static_cast<uint32_t>(v >= m ? v - m : v);
   }
 
-  // Two lanes; operands and results in the low halves, upper halves zero.
-  static ULong2 next(ULong2 p, ULong2 q) {
-    const ULong2 low_half = ULong2{0xFFFFFFFF, 0xFFFFFFFF};
-    ULong2 v = times(p, mul) + (positive - times(q, sub));
-    v = (v & low_half) + times(v >> 32, excess);
-    v = (v & low_half) + times(v >> 32, excess);
-    v -= m;
-    return v + ((ULong2)_mm_shuffle_epi32(_mm_srai_epi32((__m128i)v, 31), _MM_SHUFFLE(3, 3, 1, 1)) & m);
+  // Two lanes in doubles, as residues about 0: of at most m / 2 + 2, so that products and their difference stay below
+  // 2^53 and everything is exact. The quotient is rounded to the nearest by adding 1.5 * 2^52, which takes the rounding
+  // mode to be to nearest.
+  static Double2 next(Double2 p, Double2 q) {
+    constexpr double kMul = mul_, kSub = sub_, kModulus = m_, kToInteger = 0x1.8p52;
+    const Double2 v = p * kMul - q * kSub;
+    const Double2 quotient = (v * (1.0 / kModulus) + kToInteger) - kToInteger;
+    return v - quotient * kModulus;
   }
 
-  static ULong2 times(ULong2 a, uint64_t b) { return (ULong2)_mm_mul_epu32((__m128i)a, (__m128i)ULong2{b, b}); }
+  static double about_zero(uint32_t x) { return x > m / 2 ? static_cast<double>(x) - m_ : static_cast<double>(x); }
+  static Double2 from_zero(Double2 x) { return add_where_negative(x, m_); }
+  static Double2 add_where_negative(Double2 x, double modulus) {
+    return x + (Double2)((ULong2)(x < 0.0) & (ULong2)Double2{modulus, modulus});
+  }
 };
 using X = Component<kA12, kA13, kM1>;
 using Y = Component<kA21, kA23, kM2>;
@@ -52,14 +77,19 @@ uint32_t step(State& s) {
   return x >= y ? x - y : static_cast<uint32_t>(x - y + kM1);
 }
 
-ULong2 combine(ULong2 x, ULong2 y) {
-  const ULong2 z = x - y;
-  return z + ((ULong2)_mm_shuffle_epi32(_mm_srai_epi32((__m128i)z, 31), _MM_SHUFFLE(3, 3, 1, 1)) & uint64_t{kM1});
-}
+Double2 combine(Double2 x, Double2 y) { return X::from_zero(X::from_zero(x) - Y::from_zero(y)); }
 
-void multiply(const uint32_t matrix[9], uint32_t v[3], uint64_t m) {
+template <class Component> void multiply(const uint32_t matrix[9], uint32_t v[3]) {
   uint32_t result[3];
-  for (int i = 0; i < 3; i++) result[i] = row_times(matrix + 3 * i, v, m);
+  for (int i = 0; i < 3; i++) {
+    uint64_t low = 0, high = 0; // halves of the sum of products
+    for (int k = 0; k < 3; k++) {
+      const uint64_t product = static_cast<uint64_t>(matrix[3 * i + k]) * v[k];
+      low += product & 0xFFFFFFFF;
+      high += product >> 32;
+    }
+    result[i] = Component::remainder(low + high * Component::excess);
+  }
   for (int i = 0; i < 3; i++) v[i] = result[i];
 }
 
@@ -67,44 +97,47 @@ constexpr int kLanes = 8;
 constexpr int kLongestLog = 10; // segments of up to 2^10 outputs
 constexpr int kShortestLog = 4;
 
-// kLanes segments of 2^log outputs each, side by side: lane j starts 2^log outputs after lane j - 1, by a matrix of the
-// skip-ahead table. The outputs of four steps are transposed, so that they go out four at a time.
-template <class Map> void generate_segments(State& state, int64_t at, int log, const Map& map) {
-  uint32_t start[6][kLanes];
-  for (int j = 0; j < kLanes; j++) {
-    for (int i = 0; i < 3; i++) {
-      start[i][j] = state.x[i];
-      start[3 + i][j] = state.y[i];
-    }
-    multiply(__kest_mrg32k3a_skipahead_table[0][log], state.x, kM1);
-    multiply(__kest_mrg32k3a_skipahead_table[1][log], state.y, kM2);
+// A component in all lanes: three rows of history, then the rows of the next steps. They stand in memory, as there are
+// more of them than registers.
+constexpr int kPairs = kLanes / 2, kSteps = 8;
+struct Rows {
+  Double2 row[3 + kSteps][kPairs];
+  template <class Component> void set(int lane, const uint32_t history[3], Component) {
+    for (int i = 0; i < 3; i++) row[i][lane / 2][lane % 2] = Component::about_zero(history[i]);
   }
+  void keep_last() { memcpy(row, row + kSteps, sizeof(Double2) * 3 * kPairs); }
+};
+
+// kLanes segments of 2^log outputs each, side by side: lane j starts 2^log outputs after lane j - 1, by a matrix of the
+// skip-ahead table.
+template <class Map> void generate_segments(State& state, int64_t at, int log, Map map) {
+  Rows x, y;
+  for (int j = 0; j < kLanes; j++) {
+    x.set(j, state.x, X());
+    y.set(j, state.y, Y());
+    multiply<X>(__kest_mrg32k3a_skipahead_table[0][log], state.x);
+    multiply<Y>(__kest_mrg32k3a_skipahead_table[1][log], state.y);
+  }
+  Double2 last_y[kPairs]; // each step waits for the one before, so this row stays in registers
+  memcpy(last_y, y.row[2], sizeof last_y);
   const int64_t length = int64_t{1} << log;
-  for (int j = 0; j < kLanes; j += 4) {
-    ULong2 lane[6][2];
-    for (int i = 0; i < 6; i++)
-      for (int h = 0; h < 2; h++) lane[i][h] = ULong2{start[i][j + 2 * h], start[i][j + 2 * h + 1]};
-    ULong2 *x0 = lane[0], *x1 = lane[1], *x2 = lane[2], *y0 = lane[3], *y1 = lane[4], *y2 = lane[5];
-    for (int64_t t = 0; t < length; t += 4) {
-      UInt4 z[4];
-      for (int u = 0; u < 4; u++) {
-        ULong2 out[2];
-        for (int h = 0; h < 2; h++) {
-          const ULong2 x = X::next(x1[h], x0[h]), y = Y::next(y2[h], y0[h]);
-          x0[h] = x1[h], x1[h] = x2[h], x2[h] = x;
-          y0[h] = y1[h], y1[h] = y2[h], y2[h] = y;
-          out[h] = combine(x, y);
-        }
-        z[u] = (UInt4)_mm_shuffle_ps((Float4)out[0], (Float4)out[1], _MM_SHUFFLE(2, 0, 2, 0));
+  for (int64_t t = 0; t < length; t += kSteps) {
+    for (int u = 0; u < kSteps; u++) {
+      for (int h = 0; h < kPairs; h++) {
+        x.row[u + 3][h] = X::next(x.row[u + 1][h], x.row[u][h]);
+        y.row[u + 3][h] = last_y[h] = Y::next(last_y[h], y.row[u][h]);
       }
-      __m128 r0 = (Float4)z[0], r1 = (Float4)z[1], r2 = (Float4)z[2], r3 = (Float4)z[3];
-      _MM_TRANSPOSE4_PS(r0, r1, r2, r3);
-      const int64_t to = at + j * length + t;
-      map.put4(to, (UInt4)r0);
-      map.put4(to + length, (UInt4)r1);
-      map.put4(to + 2 * length, (UInt4)r2);
-      map.put4(to + 3 * length, (UInt4)r3);
+      asm volatile("" ::: "memory"); // else the compiler carries the rows along in further copies on the stack
     }
+    for (int h = 0; h < kPairs; h++)
+      for (int u = 3; u < kSteps + 3; u += 2) {
+        const Double2 z0 = combine(x.row[u][h], y.row[u][h]), z1 = combine(x.row[u + 1][h], y.row[u + 1][h]);
+        const int64_t to = at + 2 * h * length + t + u - 3;
+        map.put2(to, _mm_unpacklo_pd(z0, z1));
+        map.put2(to + length, _mm_unpackhi_pd(z0, z1));
+      }
+    x.keep_last();
+    y.keep_last();
   }
 }
 
@@ -112,8 +145,9 @@ template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
   State& stored = state_of<State>(stream);
   State state = stored;
   int64_t k = 0;
-  for (int log = kLongestLog; log >= kShortestLog; log--)
-    for (; n - k >= int64_t{kLanes} << log; k += int64_t{kLanes} << log) generate_segments(state, k, log, map);
+  if (_MM_GET_ROUNDING_MODE() == _MM_ROUND_NEAREST)
+    for (int log = kLongestLog; log >= kShortestLog; log--)
+      for (; n - k >= int64_t{kLanes} << log; k += int64_t{kLanes} << log) generate_segments(state, k, log, map);
   for (; k < n; k++) map.put1(k, step(state));
   stored = state;
   return TARN_RANDOM_OK;
@@ -164,4 +198,4 @@ TARN_EXPORT int32_t __kestBRngMRG32K3AInitStream(int32_t method, tarn_stream* st
   }
 }
 
-TARN_OUTPUTS(MRG32K3A, generate, Words, Scaled<double>, Scaled<float>)
+TARN_OUTPUTS(MRG32K3A, generate, Raw, Scaled<double>, Scaled<float>)

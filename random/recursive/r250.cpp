@@ -27,7 +27,18 @@ uint32_t step(State& s) {
   return v;
 }
 
-// Long calls run along a buffer that starts with the last 250 words in order; the ring is touched at both ends only.
+// to[t] = first[t] xor second[t]; the sources may be words that this very call has stored. Stores are aligned where they
+// can be: of those that cross a cache line, a loop of nothing but stores and loads would feel every one.
+void combine(LooseWord* to, const LooseWord* first, const LooseWord* second, int64_t count) {
+  int64_t t = 0;
+  const auto one = [&] { to[t] = first[t] ^ second[t], t++; };
+  for (auto odd = -reinterpret_cast<uintptr_t>(to) / sizeof(uint32_t) % 4; odd > 0 && t < count; odd--) one();
+  for (; t + 4 <= count; t += 4) store4(to + t, load4(first + t) ^ load4(second + t));
+  while (t < count) one();
+}
+
+// Long calls touch the ring at both ends only. Words are made in the caller's array, from the last 250 words in order;
+// numbers in a buffer that starts with them.
 constexpr int kRun = 1000;
 template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
   State& state = state_of<State>(stream);
@@ -35,23 +46,31 @@ template <class Map> int32_t generate(tarn_stream* stream, int32_t n, Map map) {
     for (int32_t k = 0; k < n; k++) map.put1(k, step(state));
     return TARN_RANDOM_OK;
   }
-  uint32_t w[kRing + kRun];
+  constexpr bool kInPlace = __is_same(Map, Words);
+  uint32_t w[kRing + (kInPlace ? 0 : kRun)];
   memcpy(w, state.w + state.i, sizeof(uint32_t) * static_cast<size_t>(kRing - state.i));
   memcpy(w + kRing - state.i, state.w, sizeof(uint32_t) * static_cast<size_t>(state.i));
-  int64_t k = 0;
-  while (k < n) {
-    const int64_t run = n - k < kRun ? n - k : kRun;
-    int64_t t = 0;
-    for (; t + 4 <= run; t += 4) {
-      const UInt4 v = load4(w + t) ^ load4(w + t + kLag);
-      store4(w + kRing + t, v);
-      map.put4(k + t, v);
+  if constexpr (kInPlace) {
+    LooseWord* r = map.r;
+    combine(r, w, w + kLag, kRing - kLag);
+    combine(r + (kRing - kLag), w + (kRing - kLag), r, kLag);
+    combine(r + kRing, r, r + kLag, n - kRing);
+    memcpy(state.w, r + n - kRing, sizeof state.w);
+  } else {
+    int64_t run;
+    for (int64_t k = 0; k < n; k += run) {
+      run = n - k < kRun ? n - k : kRun;
+      const int64_t whole = run & ~int64_t{3};
+      for (int64_t t = 0; t < whole; t += 4) {
+        const UInt4 v = load4(w + t) ^ load4(w + t + kLag);
+        store4(w + kRing + t, v);
+        map.put4(k + t, v);
+      }
+      for (int64_t t = whole; t < run; t++) map.put1(k + t, w[kRing + t] = w[t] ^ w[t + kLag]);
+      memmove(w, w + run, sizeof(uint32_t) * kRing);
     }
-    for (; t < run; t++) map.put1(k + t, w[kRing + t] = w[t] ^ w[t + kLag]);
-    memmove(w, w + run, sizeof(uint32_t) * kRing);
-    k += run;
+    memcpy(state.w, w, sizeof state.w);
   }
-  memcpy(state.w, w, sizeof state.w);
   state.i = 0;
   state.j = kLag;
   return TARN_RANDOM_OK;

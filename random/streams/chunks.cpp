@@ -78,13 +78,10 @@ TARN_EXPORT int32_t __kestDeleteChunksById(tarn_stream* stream, int32_t id) {
 
 TARN_EXPORT int32_t __kestCopyChunks(tarn_stream* dst, const tarn_stream* src) {
   for (const tarn_chunk* from = src->chunks; from; from = from->next) {
-    void* data = nullptr;
-    if (!is_shared(from->key) && from->data) {
-      data = tarn_serv_allocate(from->size, kRecordAlignment);
-      if (data) memcpy(data, from->data, from->size);
-    }
-    tarn_chunk* chunk =
-        data || !from->data || is_shared(from->key) ? new_chunk(from->id, from->size, data, from->key) : nullptr;
+    const bool own = !is_shared(from->key) && from->data;
+    void* data = own ? tarn_serv_allocate(from->size, kRecordAlignment) : nullptr;
+    if (data) memcpy(data, from->data, from->size);
+    tarn_chunk* chunk = data || !own ? new_chunk(from->id, from->size, data, from->key) : nullptr;
     if (!chunk) { // a block taken for this very chunk is not given back: a known loss when memory runs out
       __kestDeleteChunks(dst);
       return TARN_RANDOM_NO_MEMORY;

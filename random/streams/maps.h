@@ -28,13 +28,17 @@ inline UInt4 all4(uint32_t w) { return UInt4{w, w, w, w}; }
 // How a word becomes a double t: as unsigned, as unsigned less 2^31, as signed.
 enum class Reading { Unsigned, Centred, Signed };
 
-// Words go into the low half of the double 2^52 and the excess is taken off: exact, and two operations for two words.
+// Exact. Signed words convert as they are; unsigned ones go into the low half of the double 2^52, which is taken off.
 template <Reading reading> inline void widen(UInt4 w, Double2& low, Double2& high) {
-  if (reading == Reading::Signed) w ^= all4(0x80000000);
-  const __m128i exponent = _mm_set1_epi32(0x43300000);
-  const double excess = reading == Reading::Unsigned ? 4503599627370496.0 : 4503599627370496.0 + 2147483648.0;
-  low = (Double2)_mm_unpacklo_epi32((__m128i)w, exponent) - excess;
-  high = (Double2)_mm_unpackhi_epi32((__m128i)w, exponent) - excess;
+  if constexpr (reading == Reading::Unsigned) {
+    const __m128i exponent = _mm_set1_epi32(0x43300000);
+    low = (Double2)_mm_unpacklo_epi32((__m128i)w, exponent) - 0x1p52;
+    high = (Double2)_mm_unpackhi_epi32((__m128i)w, exponent) - 0x1p52;
+  } else {
+    if (reading == Reading::Centred) w ^= all4(0x80000000);
+    low = (Double2)_mm_cvtepi32_pd((__m128i)w);
+    high = (Double2)_mm_cvtepi32_pd(_mm_shuffle_epi32((__m128i)w, _MM_SHUFFLE(3, 2, 3, 2)));
+  }
 }
 
 template <Reading reading> inline double widen(uint32_t w) {
@@ -53,6 +57,8 @@ struct Words {
   explicit Words(void* to) : r(static_cast<LooseWord*>(to)) {}
   void put4(int64_t k, UInt4 w) const { store4(r + k, w); }
   void put1(int64_t k, uint32_t w) const { r[k] = w; }
+  void put(int64_t k, UInt4 w) const { put4(k, w); }
+  void put(int64_t k, uint32_t w) const { put1(k, w); }
 };
 
 // t * scale + offset in double, stored as Real.
@@ -120,7 +126,7 @@ template <Reading reading> struct AboutMiddleFloat : LinearFloat<reading> {
 };
 
 // Puts words that stand in memory.
-template <class Map> inline void put_words(const Map& map, int64_t k, const uint32_t* words, int64_t count) {
+template <class Map> inline void put_words(Map map, int64_t k, const uint32_t* words, int64_t count) {
   int64_t i = 0;
   for (; i + 4 <= count; i += 4) map.put4(k + i, load4(words + i));
   for (; i < count; i++) map.put1(k + i, words[i]);

@@ -61,7 +61,8 @@ void share(tarn_chunk* chunk) {
     return;
   }
   Locked locked;
-  append(chunk->key, chunk->data);
+  // Others may have filled the table meanwhile. A key that stands in no table must not be met again in one.
+  if (!append(chunk->key, chunk->data)) chunk->key[0] = chunk->key[1] = 0;
 }
 
 void unshare(const uint64_t key[2]) {

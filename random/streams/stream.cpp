@@ -18,6 +18,8 @@ TARN_EXPORT int32_t __kestAllocateStream(tarn_stream** out, const tarn_brng_prop
   auto* stream = static_cast<tarn_stream*>(tarn_serv_allocate(table[row].StreamStateSize, kRecordAlignment));
   *out = stream;
   if (!stream) return TARN_RANDOM_NO_MEMORY;
+  // What a generator leaves of its record goes into images too, so it must be nobody's old data.
+  memset(static_cast<void*>(stream), 0, static_cast<size_t>(table[row].StreamStateSize));
   *stream = {brng, {1, 0, 0, 0}, nullptr};
   return TARN_RANDOM_OK;
 }

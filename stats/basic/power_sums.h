@@ -33,7 +33,6 @@ template <class V, unsigned Raw, unsigned Central> struct PowerSums {
     }
   }
 
-private:
   template <bool Weighted, unsigned Orders> static void accumulate(V* sums, V x, V w) {
     const V first = Weighted ? w * x : x;
     if constexpr (Orders & 1) sums[0] += first;

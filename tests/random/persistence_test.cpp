@@ -254,6 +254,28 @@ TEST(Image, MemoryRunsOut) {
               if (loaded) __kestDeleteStream(&loaded);
             }),
             4);
+  const Bytes image = image_of(stream);
+  EXPECT_EQ(for_each_allocation_failure([&](int64_t k) { // the record, a block and its chunk
+              tarn_stream* loaded = nullptr;
+              EXPECT_EQ(__kestLoadStreamM(&loaded, image.data()), k < 3 ? -4 : 0);
+              EXPECT_EQ(loaded == nullptr, k < 3);
+              if (loaded) __kestDeleteStream(&loaded);
+            }),
+            3);
+}
+
+// What a generator does not use of its record is saved too, and must not be what the memory held before.
+TEST(Image, HoldsNoOldMemory) {
+  for (const Named& g : generators()) {
+    const auto size = static_cast<size_t>(properties(make(g.brng, g.seeds)).StreamStateSize);
+    void* old[8]; // so that the next records come from where these letters stood
+    for (void*& one : old) one = filled_block(static_cast<int64_t>(size), 0xA5);
+    for (void* one : old) tarn_serv_deallocate(one);
+    const Bytes first = image_of(make(g.brng, g.seeds));
+    for (void*& one : old) one = filled_block(static_cast<int64_t>(size), 0x5A);
+    for (void* one : old) tarn_serv_deallocate(one);
+    EXPECT_EQ(image_of(make(g.brng, g.seeds)), first) << g.name;
+  }
 }
 
 TEST(Movers, FilesAndMemory) {

@@ -243,6 +243,25 @@ TEST(Sobol, ChunksOfCopies) {
   EXPECT_EQ(words(other, 999), expected);
 }
 
+// Every number of coordinates has its own way through the loops.
+TEST(Quasi, EveryDimensionEqualsThePlainWalk) {
+  for (auto [brng, limit, dimensions] : {std::tuple{0x600000, 40u, 40u}, std::tuple{0x700000, 318u, 110u}})
+    for (uint32_t dimen = 1; dimen <= dimensions; dimen++) {
+      auto stream = make(brng, {dimen});
+      const uint32_t* numbers = state(stream) + 4 + limit; // after the head and the point, 33 words a coordinate
+      std::vector<uint32_t> x(dimen), expected;
+      const size_t points = 5000 / dimen + 3;
+      for (uint32_t d = 0; d < dimen; d++) x[d] = numbers[33 * d];
+      for (uint32_t index = 1; index <= points; index++)
+        for (uint32_t d = 0; d < dimen; d++) {
+          expected.push_back(x[d]);
+          x[d] ^= numbers[33 * d + static_cast<uint32_t>(__builtin_ctz(~index))];
+        }
+      ASSERT_EQ(words(stream, static_cast<int32_t>(expected.size())), expected) << brng << " " << dimen;
+      ASSERT_EQ(std::vector<uint32_t>(state(stream) + 4, state(stream) + 4 + dimen), x) << brng << " " << dimen;
+    }
+}
+
 TEST(Quasi, PartialPoints) {
   for (int32_t brng : {0x600000, 0x700000}) {
     auto stream = make(brng, {3}), whole = copy(stream);

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cfenv>
 #include <cmath>
 #include <functional>
 #include <random>
@@ -138,6 +140,94 @@ Next plain_philox(std::vector<uint32_t> seeds) {
   };
 }
 
+// From the ring of a new stream: the seeding has its published outputs.
+Next plain_sfmt19937(std::vector<uint32_t> x) {
+  auto wide = [](const uint32_t* w) {
+    Wide value = 0;
+    for (int i = 3; i >= 0; i--) value = value << 32 | w[i];
+    return value;
+  };
+  return [=, at = x.size()]() mutable {
+    static constexpr uint32_t mask[4] = {0xDFFFFFEF, 0xDDFECB7F, 0xBFFAFFFF, 0xBFFFFFF6};
+    if (at == x.size()) {
+      const size_t k = at - 624;
+      const Wide left = wide(&x[k]) << 8, right = wide(&x[at - 8]) >> 8;
+      for (int i = 0; i < 4; i++)
+        x.push_back(x[k + i] ^ static_cast<uint32_t>(left >> 32 * i) ^ (x[k + 488 + i] >> 11 & mask[i]) ^
+                    static_cast<uint32_t>(right >> 32 * i) ^ x[at - 4 + i] << 18);
+    }
+    return std::vector<uint32_t>{x[at++]};
+  };
+}
+
+// The cipher's round as FIPS 197 defines it, byte by byte.
+struct Aes {
+  using Block = std::array<uint8_t, 16>; // columns of four bytes
+  uint8_t sbox[256];
+
+  static uint8_t multiply(uint8_t a, uint8_t b) {
+    uint8_t product = 0;
+    for (; b != 0; b >>= 1, a = static_cast<uint8_t>(a << 1 ^ (a & 0x80 ? 0x1B : 0)))
+      if (b & 1) product ^= a;
+    return product;
+  }
+  Aes() {
+    for (int x = 0; x < 256; x++) {
+      uint8_t inverse = 0;
+      for (int y = 1; y < 256 && x != 0; y++)
+        if (multiply(static_cast<uint8_t>(x), static_cast<uint8_t>(y)) == 1) inverse = static_cast<uint8_t>(y);
+      uint8_t b = 0;
+      for (int i = 0; i < 8; i++) {
+        int bit = 0x63 >> i & 1;
+        for (int j : {0, 4, 5, 6, 7}) bit ^= inverse >> (i + j) % 8 & 1;
+        b = static_cast<uint8_t>(b | bit << i);
+      }
+      sbox[x] = b;
+    }
+  }
+  Block round(const Block& in, const Block& key, bool mix_columns) const {
+    Block shifted, out;
+    for (size_t c = 0; c < 4; c++)
+      for (size_t r = 0; r < 4; r++) shifted[4 * c + r] = sbox[in[4 * ((c + r) % 4) + r]];
+    for (size_t c = 0; c < 4; c++)
+      for (size_t r = 0; r < 4; r++) {
+        auto s = [&](size_t i) { return shifted[4 * c + (r + i) % 4]; };
+        out[4 * c + r] = mix_columns ? static_cast<uint8_t>(multiply(s(0), 2) ^ multiply(s(1), 3) ^ s(2) ^ s(3))
+                                     : shifted[4 * c + r];
+        out[4 * c + r] ^= key[4 * c + r];
+      }
+    return out;
+  }
+};
+
+Next plain_ars5(std::vector<uint32_t> seeds) {
+  seeds.resize(8);
+  Wide counter = 0;
+  for (int i = 3; i >= 0; i--) counter = counter << 32 | seeds[4 + static_cast<size_t>(i)];
+  return [=, aes = Aes(), left = std::vector<uint32_t>()]() mutable {
+    if (left.empty()) {
+      uint64_t key[2];
+      std::memcpy(key, seeds.data(), sizeof key);
+      Aes::Block block, round_key;
+      std::memcpy(block.data(), &counter, 16);
+      std::memcpy(round_key.data(), key, 16);
+      for (size_t i = 0; i < 16; i++) block[i] ^= round_key[i];
+      for (int round = 1; round <= 5; round++) {
+        key[0] += 0x9E3779B97F4A7C15; // the golden ratio and the root of 3 less 1
+        key[1] += 0xBB67AE8584CAA73B;
+        std::memcpy(round_key.data(), key, 16);
+        block = aes.round(block, round_key, round < 5);
+      }
+      left.resize(4);
+      std::memcpy(left.data(), block.data(), 16);
+      counter++;
+    }
+    const uint32_t out = left.front();
+    left.erase(left.begin());
+    return std::vector<uint32_t>{out};
+  };
+}
+
 Next plain_of(const Named& g) {
   const std::string name = g.name;
   if (name == "MCG31M1") return plain_mcg31m1(777);
@@ -148,6 +238,11 @@ Next plain_of(const Named& g) {
   if (name == "OldWH") return plain_wh(272, {5, 1, 1, 1});
   if (name == "MT19937") return plain_mt19937(g.seeds);
   if (name == "MT2203") return plain_mt2203(4711, g.seeds);
+  if (name == "SFMT19937") {
+    const auto stream = make(g.brng, g.seeds);
+    return plain_sfmt19937({state(stream), state(stream) + 624});
+  }
+  if (name == "ARS5") return plain_ars5(g.seeds);
   if (name == "PHILOX4X32X10") return plain_philox(g.seeds);
   return {};
 }
@@ -156,14 +251,25 @@ TEST(Sequences, EqualThePlainRecurrences) {
   int compared = 0;
   for (const Named& g : generators()) {
     Next next = plain_of(g);
-    if (!next) continue;
+    if (!next || (g.brng == 0xF00000 && !__kestCPUisAES())) continue;
     compared++;
     std::vector<uint32_t> expected;
     for (int k = 0; k < 7001; k++)
       for (uint32_t w : next()) expected.push_back(w);
     EXPECT_EQ(words(make(g.brng, g.seeds), 7001), expected) << g.name;
   }
-  EXPECT_EQ(compared, 9);
+  EXPECT_EQ(compared, __kestCPUisAES() ? 11 : 10);
+}
+
+TEST(Sequences, AesRoundOfTheStandard) {
+  // FIPS 197, appendix B, round 1.
+  const Aes::Block start = {0x19, 0x3d, 0xe3, 0xbe, 0xa0, 0xf4, 0xe2, 0x2b,
+                            0x9a, 0xc6, 0x8d, 0x2a, 0xe9, 0xf8, 0x48, 0x08},
+                   key = {0xa0, 0xfa, 0xfe, 0x17, 0x88, 0x54, 0x2c, 0xb1,
+                          0x23, 0xa3, 0x39, 0x39, 0x2a, 0x6c, 0x76, 0x05},
+                   end = {0xa4, 0x9c, 0x7f, 0xf2, 0x68, 0x9f, 0x35, 0x2b,
+                          0x6b, 0x5b, 0xea, 0x43, 0x02, 0x6a, 0x50, 0x49};
+  EXPECT_EQ(Aes().round(start, key, true), end);
 }
 
 TEST(Sequences, PublishedFirstOutputs) {
@@ -177,6 +283,16 @@ TEST(Sequences, PublishedFirstOutputs) {
   EXPECT_EQ(words(make(0x1000000), 4), (std::vector<uint32_t>{0x6627e8d5, 0xe169c58d, 0xbc57ac4c, 0x9b00dbd8}));
   const std::vector<uint32_t> ones(6, 0xFFFFFFFF);
   EXPECT_EQ(words(make(0x1000000, ones), 4), (std::vector<uint32_t>{0x408f276d, 0x41c83b0e, 0xa20bc7c6, 0x6d5451fd}));
+  if (!__kestCPUisAES()) return;
+  // What their authors' own program gives for ars4x32 of five rounds.
+  EXPECT_EQ(words(make(0xF00000), 4), (std::vector<uint32_t>{0x7ecce06f, 0x7cdc3bca, 0x15513c87, 0x29d24c9b}));
+  const std::vector<uint32_t> more_ones(8, 0xFFFFFFFF);
+  EXPECT_EQ(words(make(0xF00000, more_ones), 4),
+            (std::vector<uint32_t>{0x524f3d4c, 0x870acd82, 0x835b5954, 0x915b1320}));
+  EXPECT_EQ(words(make(0xF00000, {0xa4093822, 0x299f31d0, 0x082efa98, 0xec4e6c89, 0x243f6a88, 0x85a308d3, 0x13198a2e,
+                                  0x03707344}),
+                  4),
+            (std::vector<uint32_t>{0x9150862d, 0x525af535, 0x6612f4fa, 0xe2a60648}));
 }
 
 TEST(Sequences, Mt19937EqualsTheStandardLibrary) {
@@ -222,6 +338,37 @@ TEST(Sequences, DoNotDependOnCuts) {
         g, 1, [&](StreamPtr& s, int n, void* r) { row.dBRng(s.get(), n, static_cast<double*>(r), -1.25, 3.5); });
     expect_cuts_do_not_matter<float>(
         g, 1, [&](StreamPtr& s, int n, void* r) { row.sBRng(s.get(), n, static_cast<float*>(r), -1.25f, 3.5f); });
+  }
+}
+
+// Some recurrences run in floating-point arithmetic; none of their words may depend on its rounding.
+TEST(Sequences, WordsDoNotDependOnTheRoundingMode) {
+  for (const Named& g : generators()) {
+    const auto expected = words(make(g.brng, g.seeds), 9001);
+    for (int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+      auto stream = make(g.brng, g.seeds);
+      std::fesetround(mode);
+      const auto rounded = words(stream, 9001);
+      std::fesetround(FE_TONEAREST);
+      EXPECT_EQ(rounded, expected) << g.name << " mode " << mode;
+    }
+  }
+  // Where both components of MRG32K3A come to 0, a product is a multiple of its modulus, and its quotient on the edge.
+  const uint64_t m1 = 4294967087, m2 = 4294944443;
+  const auto ratio = [](uint64_t a, uint64_t b, uint64_t m) { // a / b
+    return a * __kestiPowMod(static_cast<uint32_t>(b), m - 2, static_cast<uint32_t>(m)) % m;
+  };
+  const uint64_t x = ratio(810728, 1403580, m1), y = ratio(1370589, 527612, m2);
+  for (uint64_t t = 1; t < 400; t++) {
+    const auto stream = make(0x300000, {static_cast<uint32_t>(t), static_cast<uint32_t>(t * x % m1), 3,
+                                        static_cast<uint32_t>(t), 4, static_cast<uint32_t>(t * y % m2)});
+    for (int mode : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+      auto again = copy(stream);
+      std::fesetround(mode);
+      const auto rounded = words(again, 200);
+      std::fesetround(FE_TONEAREST);
+      ASSERT_EQ(rounded[0], 0u) << t << " mode " << mode;
+    }
   }
 }
 
@@ -525,6 +672,24 @@ TEST(Mersenne, SfmtCarry) {
   EXPECT_EQ(words(stream, 4), std::vector<uint32_t>(expected.begin() + 8, expected.end()));
 }
 
+TEST(Mersenne, JumpsLeaveNothingOfTheRing) {
+  for (int64_t count : {int64_t{0x100000}, int64_t{1} << 62}) {
+    auto stream = make(0x800000, {5});
+    words(stream, 100);
+    ASSERT_EQ(__kestSkipAheadStream(stream.get(), count), 0);
+    EXPECT_EQ(state(stream)[624], 624u); // the next output makes it anew
+  }
+  auto near = make(0x800000, {5}); // within the ring only the place moves
+  words(near, 1);
+  const std::vector<uint32_t> ring(state(near), state(near) + 624);
+  ASSERT_EQ(__kestSkipAheadStream(near.get(), 623), 0);
+  EXPECT_EQ(std::vector<uint32_t>(state(near), state(near) + 624), ring);
+  EXPECT_EQ(state(near)[624], 624u);
+  auto none = copy(near);
+  ASSERT_EQ(__kestSkipAheadStream(none.get(), 0), 0);
+  EXPECT_EQ(state(none)[624], 624u);
+}
+
 TEST(Mersenne, PolynomialRemainders) {
   uint64_t g[624];
   ASSERT_EQ(__kestPolyRem(0, 19937, 135, nullptr, 624, g), 0);
@@ -596,6 +761,7 @@ TEST(Trng, SeedsAndOutput) {
     EXPECT_LE(x, 3);
   }
   for (float x : singles(stream, 7, 2, 3)) EXPECT_TRUE(x >= 2 && x <= 3);
+  EXPECT_EQ(words(make(0xE00000, {0, 1}), 100).size(), 100u); // one attempt is enough where the instruction succeeds
   // A value that comes on the last permitted attempt is lost: with no attempts allowed, every one.
   state(stream)[1] = 0;
   EXPECT_EQ(__kestiBRngTRNG(stream.get(), 1, &one), -1131);

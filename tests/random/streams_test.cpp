@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
 #include <thread>
+#include <unistd.h>
 
 extern "C" {
 __attribute__((weak)) void __lsan_disable();
@@ -262,31 +264,84 @@ TEST(SharedBlocks, FullTable) {
   }
 }
 
-// Eight threads make, copy and delete streams that share blocks.
+std::vector<char> image_of(const StreamPtr& stream) {
+  std::vector<char> image(static_cast<size_t>(__kestGetStreamSize(stream.get())));
+  __kestSaveStreamM(stream.get(), image.data());
+  return image;
+}
+
+StreamPtr load(const std::vector<char>& image) {
+  tarn_stream* stream = nullptr;
+  __kestLoadStreamM(&stream, image.data());
+  return StreamPtr(stream);
+}
+
+// Eight threads make, copy, save, load and delete streams that share blocks. Each thread loads under keys of its own,
+// which nobody holds any more then, so no block may be lost.
 TEST(SharedBlocks, Threads) {
   const uint64_t key[2] = {123, 456};
   auto base = make(0x100000, {5});
   void* data = block();
   std::memset(data, 0x5A, 16);
   ASSERT_EQ(__kestAddChunk(base.get(), 9, key, data, 16), 0);
+  const std::vector<char> base_image = image_of(base);
   std::vector<std::thread> threads;
   for (int t = 0; t < 8; t++)
     threads.emplace_back([&, t] {
+      const std::string path = testing::TempDir() + "tarn_threads_" + std::to_string(getpid()) + std::to_string(t);
       for (int k = 0; k < 200; k++) {
         auto one = copy(base), two = copy(one);
+        if (__kestSearchChunk(two.get(), 9) != data) ADD_FAILURE();
+        if (image_of(two) != base_image) ADD_FAILURE();
         auto own = make(0x600000, {static_cast<uint32_t>(1 + (k + t) % 40)});
         const uint64_t mine[2] = {static_cast<uint64_t>(t + 1), static_cast<uint64_t>(k)};
-        __kestAddChunk(own.get(), 9, mine, block(), 16);
+        void* content = block();
+        std::memset(content, t + 1, 16);
+        __kestAddChunk(own.get(), 9, mine, content, 16);
         auto again = copy(own);
-        std::vector<char> image(static_cast<size_t>(__kestGetStreamSize(again.get())));
-        __kestSaveStreamM(again.get(), image.data());
-        if (__kestSearchChunk(two.get(), 9) != data) ADD_FAILURE();
         words(own, 10);
+        const std::vector<char> image = image_of(again);
+        if (__kestSaveStreamF(again.get(), path.c_str(), -1) != 0) ADD_FAILURE();
+        own.reset();
+        again.reset();
+        auto from_memory = load(image), shared = copy(from_memory);
+        if (!shared || __kestSearchChunk(shared.get(), 9) != __kestSearchChunk(from_memory.get(), 9)) ADD_FAILURE();
+        if (image_of(shared) != image) ADD_FAILURE();
+        from_memory.reset();
+        shared.reset();
+        tarn_stream* from_file = nullptr;
+        if (__kestLoadStreamF(&from_file, path.c_str(), -1) != 0) ADD_FAILURE();
+        if (image_of(StreamPtr(from_file)) != image) ADD_FAILURE();
       }
+      std::remove(path.c_str());
     });
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(find(123, 456)->refs, 1u);
-  for (uint64_t t = 1; t <= 8; t++) EXPECT_EQ(find(t, 0), nullptr);
+  for (uint64_t t = 1; t <= 8; t++)
+    for (uint64_t k = 0; k < 200; k++) EXPECT_EQ(find(t, k), nullptr);
+}
+
+// Loading under a key that others hold: the table's block is taken, and the block that was read stays with nobody.
+TEST(SharedBlocks, ThreadsLoadUnderAKnownKey) {
+  const uint64_t key[2] = {321, 654};
+  auto base = make(0x100000, {5});
+  void* data = block();
+  std::memset(data, 0x5A, 16);
+  ASSERT_EQ(__kestAddChunk(base.get(), 9, key, data, 16), 0);
+  const std::vector<char> image = image_of(base);
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 8; t++)
+    threads.emplace_back([&] {
+      for (int k = 0; k < 50; k++) {
+        if (__lsan_disable) __lsan_disable();
+        auto loaded = load(image);
+        if (__lsan_enable) __lsan_enable();
+        auto again = copy(loaded);
+        if (__kestSearchChunk(again.get(), 9) != data) ADD_FAILURE();
+      }
+    });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(find(321, 654)->refs, 1u);
 }
 
 // ---- Memory
@@ -326,6 +381,21 @@ TEST(Memory, EveryAllocationOfMakersAndCopies) {
             }),
             4);
   EXPECT_EQ(find(4, 4)->refs, 1u);
+}
+
+TEST(Memory, EveryAllocationOfACopiedState) {
+  auto source = make(0x100000, {5}), destination = make(0x100000, {6});
+  ASSERT_EQ(__kestAddChunk(source.get(), 1, nullptr, block(), 16), 0);
+  ASSERT_EQ(__kestAddChunk(destination.get(), 7, nullptr, block(), 16), 0);
+  EXPECT_EQ(for_each_allocation_failure([&](int64_t k) { // a block and its chunk
+              if (__lsan_disable) __lsan_disable();
+              const int32_t status = __kestCopyStreamState(destination.get(), source.get());
+              if (__lsan_enable) __lsan_enable();
+              EXPECT_EQ(status, k < 2 ? -4 : 0);
+              EXPECT_EQ(__kestGetNumChunks(destination.get()), k < 2 ? 0 : 1);
+              EXPECT_EQ(state(destination)[0], 5u); // the state was copied before
+            }),
+            2);
 }
 
 TEST(Memory, EveryAllocationOfJumps) {

@@ -234,7 +234,6 @@ struct sExp_HA : sExp {
     return scale * (hi + (lo + hi * p));
   }
 
-private:
   static TARN_INLINE Float4 row_pair(unsigned i, unsigned j) {
     const Double2 row_i = _mm_load_sd((const double*)(data::exp2_128f + 2 * i));
     return (Float4)_mm_loadh_pd(row_i, (const double*)(data::exp2_128f + 2 * j));
