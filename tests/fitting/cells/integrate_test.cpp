@@ -61,6 +61,8 @@ void limits_of(const RandomSpline<Real>& spline, int64_t count, std::vector<Real
   for (size_t s = 2; s < a.size(); s += 11) a[s] = spline.left_end() - Real(0.3), b[s] = spline.left_end() - Real(0.1);
   for (size_t s = 3; s < a.size(); s += 13) a[s] = spline.right_end() + Real(0.3), b[s] = spline.right_end();
   for (size_t s = 4; s < a.size(); s += 17) a[s] = spline.right_end() + 1, b[s] = spline.left_end() - 1;
+  for (size_t s = 5; s < a.size(); s += 19) a[s] = spline.left_end(), b[s] = spline.right_end();
+  for (size_t s = 6; s < a.size(); s += 23) a[s] = spline.left_end() - 1, b[s] = spline.left_end();
 }
 
 template <class Real> class Integrate : public testing::Test {
