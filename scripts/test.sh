@@ -14,7 +14,7 @@ cd "$(dirname "$0")/.."
 . scripts/packages.sh
 need_packages g++ cmake ninja-build python3 python3-mpmath pkg-config binutils \
   libgtest-dev libbenchmark-dev libcli11-dev libmpfr-dev libsleef-dev libhwy-dev libntl-dev \
-  libopenblas-serial-dev libgsl-dev librandom123-dev libeigen3-dev libarmadillo-dev libtbb-dev libopenmpi-dev \
+  libopenblas-serial-dev libgsl-dev libboost-dev librandom123-dev libeigen3-dev libarmadillo-dev libtbb-dev libopenmpi-dev \
   clang clang-format clang-tidy libomp-dev
 
 jobs=$(nproc)
