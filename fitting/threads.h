@@ -12,12 +12,12 @@ inline int64_t max_threads(const tarn_threader* threader) {
   return threads > 1 ? threads : 1;
 }
 
-inline void run_loop(const tarn_threader* threader, int64_t count, int64_t threads, void* context,
+inline void run_loop(const tarn_threader* threader, int64_t items, int64_t threads, void* context,
                      tarn_loop_body body) {
   if (threader) {
-    threader->threader_for(count, static_cast<int32_t>(threads), context, body);
+    threader->threader_for(items, static_cast<int32_t>(threads), context, body);
   } else {
-    for (int64_t i = 0; i < count; ++i) body(i, 0, 1, context);
+    for (int64_t item = 0; item < items; ++item) body(item, 0, 1, context);
   }
 }
 

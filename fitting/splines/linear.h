@@ -61,7 +61,7 @@ int32_t linear_spline(const DFTask* task, const tarn_threader* threader, tarn_lo
   LinearWork work = {task,
                      {n - 1, functions, divided_up(n - 1, linear::item_cells),
                       divided_up(functions, linear::item_functions), linear::item_cells, linear::item_functions}};
-  share(threader, work.items.count(), thread_count(threader, work.items.count()), &work, body);
+  run_loop(threader, work.items.count(), threads_for(threader, work.items.count()), &work, body);
   return TARN_DF_OK;
 }
 

@@ -250,11 +250,11 @@ int32_t local_cubic(const DFTask* task, const LocalEnds<Real>& ends, const tarn_
   const int64_t cell_blocks = maximum(divided_up(n - Kind::min_points, item_cells), 1);
   const int64_t groups = divided_up(functions, item_functions);
   const Items items = {n - 1, functions, cell_blocks, groups, item_cells, item_functions};
-  const int32_t threads = thread_count(threader, items.count());
+  const int64_t threads = threads_for(threader, items.count());
   Block<Real> own;
   LocalWork<Real> work = {task, ends, items, threads == 1 ? &own : allocate<Block<Real>>(threads)};
   if (!work.blocks) return TARN_DF_ERROR_ALLOCATION;
-  share(threader, items.count(), threads, &work, body);
+  run_loop(threader, items.count(), threads, &work, body);
   if (work.blocks != &own) tarn_serv_deallocate(work.blocks);
   return TARN_DF_OK;
 }

@@ -206,7 +206,7 @@ template <class Real, bool interleaved, bool uniform, Column column> struct Natu
 template <class Real, bool interleaved, bool uniform, Column column> struct vDFNaturalCubSplineThreadingStruct {
   const NaturalCubic<Real, interleaved, uniform, column>* spline;
   int64_t functions;
-  int32_t slices;
+  int64_t slices;
   int32_t* statuses;
 };
 
@@ -220,7 +220,7 @@ template <class Real, bool interleaved, bool uniform, Column column> void natura
 template <class Real, bool interleaved, bool uniform, Column column>
 int32_t natural_cubic(const DFTask* task, const tarn_threader* threader, tarn_loop_body body) {
   const int64_t n = task->nx, functions = function_count(task);
-  const int32_t threads = thread_count(threader, functions);
+  const int64_t threads = threads_for(threader, functions);
   const bool threaded = functions > 1 && threads > 1 && n >= 300 && (n >= 600 || threads >= 8);
   NaturalCubic<Real, interleaved, uniform, column> spline(task);
   Real* scratch = allocate<Real>(spline.scratch_size(n, threaded ? threads : functions));
@@ -232,7 +232,7 @@ int32_t natural_cubic(const DFTask* task, const tarn_threader* threader, tarn_lo
       for (int32_t i = 0; i < threads; ++i) statuses[i] = TARN_DF_OK;
       vDFNaturalCubSplineThreadingStruct<Real, interleaved, uniform, column> work = {&spline, functions, threads,
                                                                                      statuses};
-      share(threader, threads, threads, &work, body);
+      run_loop(threader, threads, threads, &work, body);
       for (int32_t i = 0; i < threads && !status; ++i) status = statuses[i];
       tarn_serv_deallocate(statuses);
     } else {

@@ -1,25 +1,16 @@
-// Sharing work through the caller's threader table.
+// Work on cells and functions cut into items, for threads to share.
 #pragma once
 
 #include "fitting/task.h"
-#include "tarn/threader.h"
+#include "fitting/threads.h"
 
 namespace tarn::fitting {
 
 inline int64_t divided_up(int64_t count, int64_t size) { return (count + size - 1) / size; }
 
 // Threads for so many items of work, at least one.
-inline int32_t thread_count(const tarn_threader* threader, int64_t items) {
-  const int64_t threads = threader ? threader->threader_max_threads() : 1;
-  return int32_t(maximum(minimum(threads, items), 1));
-}
-
-inline void share(const tarn_threader* threader, int64_t items, int32_t threads, void* context, tarn_loop_body body) {
-  if (threader) {
-    threader->threader_for(items, threads, context, body);
-  } else {
-    for (int64_t item = 0; item < items; ++item) body(item, 0, 1, context);
-  }
+inline int64_t threads_for(const tarn_threader* threader, int64_t items) {
+  return maximum(minimum(max_threads(threader), items), 1);
 }
 
 // Cells and functions of one item, where items are blocks of cells by groups of functions, the cells running faster.
