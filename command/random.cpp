@@ -177,7 +177,7 @@ void add_common(CLI::App& sub, RandomOptions& options) {
 
 void add_random(CLI::App& program) {
   auto options = std::make_shared<RandomOptions>();
-  CLI::App* random = program.add_subcommand("random", "numbers of a random or quasi-random generator");
+  CLI::App* random = program.add_subcommand("random", "Numbers of a random or quasi-random generator");
   random->require_subcommand(1);
 
   CLI::App* values = random->add_subcommand("uniform", "values between two limits");

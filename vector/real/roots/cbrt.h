@@ -54,7 +54,7 @@ template <Root root, bool two_parts> struct dCubeRoot {
   static constexpr double filler = 1;
 
   struct Prepared {
-    Double2 t, high; // the upper half of the series
+    Double2 t, high;  // the upper half of the series
     Long2 row, power; // 2^q in the exponent field, with the sign of x
   };
   static TARN_INLINE Prepared prepare(Double2 x) {
