@@ -103,7 +103,7 @@ template <class Real> void subtract_centre(const Products<Real>& x, Real* to) {
   int64_t i = 0;
   for (; i + lane_count <= count; i += lane_count, from += lane_count * p, to += lane_count * p)
     for (int64_t v = 0; v < lane_count * p; v += lane_count) store(to + v, load<V>(from + v) - load<V>(centres + v));
-  for (int64_t at = 0; at < (count - i) * p; ++at) to[at] = from[at] - centres[at];
+  for (int64_t at = 0; at < (count - i) * p; ++at) to[at] = from[at] - x.centre[at % p];
 }
 
 template <class Real> Products<Real> part_of(const Products<Real>& x, int64_t first, int64_t count) {
