@@ -69,7 +69,20 @@ static TARN_INLINE void run_kernel(const F& f, const X& x, int32_t n, const char
 #define TARN_EMIT_NAMED(t, Name, shape, frame, loop, variant, cls, B, BI, ...)                                         \
   TARN_CALL_AGAIN(TARN_EMIT_##variant, t, Name, shape, TARN_FRAME_AND_LOOP(frame, loop __VA_OPT__(, ) __VA_ARGS__),    \
                   variant, cls, B, BI)
-#define TARN_VECTOR(t, Name, shape, frame, loop, sharing, ...)                                                         \
+#define TARN_EMIT_ROW(t, Name, shape, frame, loop, sharing, ...)                                                       \
   TARN_EACH(TARN_EMIT_KERNEL, (t, Name, shape, frame, loop), TARN_KERNELS(sharing))
+// A file that defines TARN_EMIT_ONE_TYPE as d or s emits the rows of that type; the other file is compiled with other
+// options.
+#define TARN_PASTE2(a, b) TARN_PASTE2_(a, b)
+#define TARN_PASTE2_(a, b) a##b
+#ifdef TARN_EMIT_ONE_TYPE
+#define TARN_ONE_TYPE_dd TARN_EMIT_ROW
+#define TARN_ONE_TYPE_ss TARN_EMIT_ROW
+#define TARN_ONE_TYPE_ds TARN_NOT_HERE
+#define TARN_ONE_TYPE_sd TARN_NOT_HERE
+#define TARN_VECTOR(t, ...) TARN_PASTE2(TARN_ONE_TYPE_##t, TARN_EMIT_ONE_TYPE)(t, __VA_ARGS__)
+#else
+#define TARN_VECTOR TARN_EMIT_ROW
+#endif
 #define TARN_DOC(...)
 #define TARN_ESTIMATE(...)

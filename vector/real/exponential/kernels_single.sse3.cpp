@@ -1,0 +1,6 @@
+#define TARN_EMIT_ONE_TYPE s
+#include "vector/frame/emit.h"
+#include "vector/real/exponential/exp.h"
+#include "vector/real/exponential/ln.h"
+
+#include "vector/real/exponential/exponential.def"
