@@ -66,7 +66,7 @@ Output::Output(const std::string& name) : path(name) {
       free(target);
     }
   }
-  temporary = path + ".XXXXXX";
+  temporary = path + '.' + std::string(6, 'X'); // letters of mkostemp's own choice take their place
   descriptor = mkostemp(temporary.data(), O_CLOEXEC);
   if (descriptor < 0) {
     temporary.clear();

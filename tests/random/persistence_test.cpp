@@ -30,7 +30,7 @@ Bytes image_of(const StreamPtr& stream) {
 struct TemporaryFile {
   std::string path;
   TemporaryFile() {
-    path = testing::TempDir() + "tarn_image_XXXXXX"; // mkstemp puts its own letters for the last six
+    path = testing::TempDir() + "tarn_image_" + std::string(6, 'X'); // mkstemp puts its own letters for these
     close(mkstemp(path.data()));
   }
   ~TemporaryFile() { std::remove(path.c_str()); }
