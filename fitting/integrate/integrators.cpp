@@ -2,19 +2,9 @@
 
 namespace tarn::fitting {
 
-#define TARN_VISIBLE __attribute__((visibility("default")))
-namespace d {
-using Real = double;
-#define TARN_KERNEL(Name) tarn_df_kernel_d_##Name
-#include "fitting/integrate/named_integrators.h"
-#undef TARN_KERNEL
-}
-namespace s {
-using Real = float;
-#define TARN_KERNEL(Name) tarn_df_kernel_s_##Name
-#include "fitting/integrate/named_integrators.h"
-#undef TARN_KERNEL
-}
+#define TARN_NAMED "fitting/integrate/named_integrators.h"
+#define TARN_INFIX _
+#include "fitting/each_precision.h"
 
 #define TARN_FIND_INTEGRATOR(t, Real)                                                                                  \
   template <> Integrator<Real> integrator<Real>(Interpolant kind, bool callbacks) {                                    \

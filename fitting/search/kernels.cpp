@@ -2,19 +2,9 @@
 
 namespace tarn::fitting {
 
-#define TARN_VISIBLE __attribute__((visibility("default")))
-namespace d {
-using Real = double;
-#define TARN_KERNEL(Name) tarn_df_kernel_dDF##Name
-#include "fitting/search/named_kernels.h"
-#undef TARN_KERNEL
-}
-namespace s {
-using Real = float;
-#define TARN_KERNEL(Name) tarn_df_kernel_sDF##Name
-#include "fitting/search/named_kernels.h"
-#undef TARN_KERNEL
-}
+#define TARN_NAMED "fitting/search/named_kernels.h"
+#define TARN_INFIX DF
+#include "fitting/each_precision.h"
 
 #define TARN_FIND_KERNELS(t, Real)                                                                                     \
   template <> SearchKernel<Real> search_kernel<Real>(SearchMethod method) {                                            \
