@@ -4,44 +4,25 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
+#include "support/program.h"
+
+using tarn::test::ProgramOutcome;
 namespace fs = std::filesystem;
 
 namespace {
 
-struct Outcome {
-  int code;
-  std::string out, err;
-};
-
-class Fit : public testing::Test {
+class Fit : public tarn::test::ProgramTest {
 protected:
-  void SetUp() override { fs::create_directories(folder); }
-  void TearDown() override { fs::remove_all(folder); }
-  std::string write(const std::string& name, const std::string& content) const {
-    std::ofstream(folder / name, std::ios::binary) << content;
-    return folder / name;
-  }
-  static std::string read(const fs::path& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-  }
-  Outcome run(const std::string& arguments) const {
-    const std::string command = "cd " + folder.string() + " && " TARN_PROGRAM " fit " + arguments + " >out 2>err";
-    const int status = std::system(command.c_str());
-    return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, read(folder / "out"), read(folder / "err")};
+  ProgramOutcome run(const std::string& arguments, std::string_view input = "") const {
+    return tarn("fit " + arguments, input);
   }
   // The numbers of text output, row by row; comments are left out.
   std::vector<std::vector<double>> rows(const std::string& arguments) const {
-    const Outcome outcome = run(arguments);
+    const ProgramOutcome outcome = run(arguments);
     EXPECT_EQ(outcome.code, 0) << arguments << ": " << outcome.err;
     std::vector<std::vector<double>> table;
     std::istringstream lines(outcome.out);
@@ -63,7 +44,7 @@ protected:
   }
   // A refusal: one line of words, another exit code than 0, and no file where one was to be.
   void refuses(const std::string& arguments, const std::string& message) const {
-    const Outcome outcome = run(arguments + " -o result.txt --picture result.svg");
+    const ProgramOutcome outcome = run(arguments + " -o result.txt --picture result.svg");
     EXPECT_NE(outcome.code, 0) << arguments;
     EXPECT_EQ(outcome.out, "") << arguments;
     EXPECT_NE(outcome.err.find(message), std::string::npos) << arguments << ": " << outcome.err;
@@ -71,7 +52,6 @@ protected:
     for (const auto& entry : fs::directory_iterator(folder))
       EXPECT_FALSE(entry.path().filename().string().starts_with("result")) << arguments << ": " << entry.path();
   }
-  fs::path folder = fs::temp_directory_path() / ("tarn-fit-" + std::to_string(getpid()));
 };
 
 double cube(double t) { return t * t * t - 2 * t; }
@@ -132,17 +112,17 @@ TEST_F(Fit, EveryKindGoesThroughTheData) {
 
 TEST_F(Fit, SeveralFunctionsFormatsAndGaps) {
   write("c.csv", "t,a,b\n0,1,10\n1,2,NA\n2,3,30\n3,,1\n4,5,50\n");
-  const Outcome text = run("c.csv --x t --y a --y b --kind linear --at 1,3 --derivatives 1,0 --integrate 0:4");
+  const ProgramOutcome text = run("c.csv --x t --y a --y b --kind linear --at 1,3 --derivatives 1,0 --integrate 0:4");
   EXPECT_EQ(text.code, 0);
   EXPECT_EQ(text.out,
             "1\t2\t1\t20\t10\n3\t4\t1\t40\t10\n# integral of a from 0 to 4: 12\n# integral of b from 0 to 4: 120\n");
   EXPECT_EQ(text.err, "tarn: 2 rows left out for missing cells\n");
-  const Outcome csv = run("c.csv --x t --y a --y b --kind linear --at 1,3 --derivatives 0,1 --to csv -o values.csv");
+  const ProgramOutcome csv =
+      run("c.csv --x t --y a --y b --kind linear --at 1,3 --derivatives 0,1 --to csv -o values.csv");
   EXPECT_EQ(csv.out, "");
   EXPECT_EQ(read(folder / "values.csv"), "t,a,a',b,b'\n1,2,1,20,10\n3,4,1,40,10\n");
   EXPECT_EQ(run("c.csv --x t --y b --kind linear --integrate 0:4 --to csv").out, "from,to,integral of b\n0,4,81\n");
-  EXPECT_EQ(run("--x 1 --y 2 --kind linear --from csv --header no --at 0.5, - < " + write("p.csv", "0,0\n1,2\n")).out,
-            "0.5\t1\n");
+  EXPECT_EQ(run("--x 1 --y 2 --kind linear --from csv --header no --at 0.5, -", "0,0\n1,2\n").out, "0.5\t1\n");
 }
 
 TEST_F(Fit, Periodic) {
@@ -212,11 +192,11 @@ TEST_F(Fit, Refusals) {
   refuses("c.csv --x t --y line --kind look-up --at 0.5,1", "a look-up knows only the points");
   refuses("c.csv --x t --y line --kind look-up --at 1,2.5 --derivatives 1", "a look-up has no derivatives");
   refuses("c.csv --x t --y line --kind look-up --integrate 0:1", "a look-up has no integral");
-  const Outcome unwritable = run("c.csv --x t --y line --at 5 -o result.txt --picture absent/p.svg");
+  const ProgramOutcome unwritable = run("c.csv --x t --y line --at 5 -o result.txt --picture absent/p.svg");
   EXPECT_NE(unwritable.code, 0);
   EXPECT_NE(unwritable.err.find("absent/p.svg"), std::string::npos) << unwritable.err;
   EXPECT_FALSE(fs::exists(folder / "result.txt"));
-  const Outcome nothing = run("c.csv --x t --y line");
+  const ProgramOutcome nothing = run("c.csv --x t --y line");
   EXPECT_NE(nothing.code, 0);
   EXPECT_EQ(nothing.err, "tarn: nothing is asked for: give --at, --integrate or --picture\n");
 }

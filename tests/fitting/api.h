@@ -24,6 +24,12 @@ template <class Real> struct Api;
     static constexpr Constructor hermite = tarn_df_kernel_##t##DFHermiteCubicSpline1D;                                 \
     static constexpr Constructor natural = tarn_df_kernel_##t##DFNaturalCubicSpline1D;                                 \
     static constexpr Constructor default_cubic = tarn_df_kernel_##t##DFDefaultCubicSpline1D;                           \
+    static constexpr auto search = tarn_df_kernel_##t##DFSearch1D;                                                     \
+    static constexpr auto interpolate = tarn_df_kernel_##t##DFInterpolate1D;                                           \
+    static constexpr auto integrate = tarn_df_kernel_##t##DFIntegrate1D;                                               \
+    using SearchCallback = tarn_df_##t##search_cb;                                                                     \
+    using EvalCallback = tarn_df_##t##eval_cb;                                                                         \
+    using IntegrCallback = tarn_df_##t##integr_cb;                                                                     \
     static constexpr auto solve_directly = t##dtsvb_4dfl;                                                              \
     static constexpr auto factor = t##dttrfb_4dfl;                                                                     \
     static constexpr auto solve_factored = t##dttrsb_4dfl;                                                             \

@@ -18,9 +18,9 @@ using namespace tarn::test;
 template <class Real> struct Call {
   int64_t left_hint = 0, right_hint = 0, rhint = 16;
   const Real *left_data = nullptr, *right_data = nullptr;
-  typename Fitting<Real>::IntegrCallback left = nullptr, right = nullptr, inside = nullptr;
+  typename Api<Real>::IntegrCallback left = nullptr, right = nullptr, inside = nullptr;
   void *left_parameter = nullptr, *right_parameter = nullptr, *inside_parameter = nullptr;
-  typename Fitting<Real>::SearchCallback search = nullptr;
+  typename Api<Real>::SearchCallback search = nullptr;
   void* search_parameter = nullptr;
   const tarn_threader* threader = nullptr;
   int64_t count = -1; // of pairs, where they are not as many as given
@@ -29,10 +29,10 @@ template <class Real> struct Call {
 template <class Real>
 int32_t integrate(DFTask* task, const std::vector<Real>& a, const std::vector<Real>& b, const Call<Real>& call,
                   Real* r) {
-  return Fitting<Real>::integrate(task, 9, call.count != -1 ? call.count : int64_t(a.size()), a.data(), call.left_hint,
-                                  b.data(), call.right_hint, call.left_data, call.right_data, r, call.rhint, call.left,
-                                  call.left_parameter, call.right, call.right_parameter, call.inside,
-                                  call.inside_parameter, call.search, call.search_parameter, call.threader);
+  return Api<Real>::integrate(task, 9, call.count != -1 ? call.count : int64_t(a.size()), a.data(), call.left_hint,
+                              b.data(), call.right_hint, call.left_data, call.right_data, r, call.rhint, call.left,
+                              call.left_parameter, call.right, call.right_parameter, call.inside, call.inside_parameter,
+                              call.search, call.search_parameter, call.threader);
 }
 
 template <class Real>

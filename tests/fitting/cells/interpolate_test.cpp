@@ -20,9 +20,9 @@ template <class Real> struct Call {
   std::vector<int64_t> orders = {1};
   const Real* data = nullptr;
   void* cell = nullptr;
-  typename Fitting<Real>::EvalCallback left = nullptr, right = nullptr, inside = nullptr;
+  typename Api<Real>::EvalCallback left = nullptr, right = nullptr, inside = nullptr;
   void* parameter = nullptr; // of all call-backs
-  typename Fitting<Real>::SearchCallback search = nullptr;
+  typename Api<Real>::SearchCallback search = nullptr;
   const tarn_threader* threader = nullptr;
   int64_t count = -1; // of sites, where they are not as many as given
 };
@@ -41,10 +41,10 @@ template <class Real>
 int32_t interpolate(DFTask* task, const std::vector<Real>& sites, const Call<Real>& call, Real* r) {
   const Orders orders(call.orders, task && task->wideInterface != 0);
   const int64_t count = call.count != -1 ? call.count : int64_t(sites.size());
-  return Fitting<Real>::interpolate(task, call.type, 7, count, sites.data(), call.hint, int64_t(call.orders.size()),
-                                    call.orders.empty() ? nullptr : orders.data, call.data, r, call.rhint, call.cell,
-                                    call.left, call.parameter, call.right, call.parameter, call.inside, call.parameter,
-                                    call.search, call.parameter, call.threader);
+  return Api<Real>::interpolate(task, call.type, 7, count, sites.data(), call.hint, int64_t(call.orders.size()),
+                                call.orders.empty() ? nullptr : orders.data, call.data, r, call.rhint, call.cell,
+                                call.left, call.parameter, call.right, call.parameter, call.inside, call.parameter,
+                                call.search, call.parameter, call.threader);
 }
 
 int64_t selected_orders(const std::vector<int64_t>& orders) {

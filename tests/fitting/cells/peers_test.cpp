@@ -6,7 +6,7 @@
 #include <gsl/gsl_spline.h>
 #include <gtest/gtest.h>
 
-#include "fitting/cells/entries.h"
+#include "fitting/cells/fitting_task.h"
 
 namespace {
 
@@ -36,7 +36,8 @@ TEST(FittingPeers, ValuesDerivativesAndIntegralsOfGsl) {
     FittingTask<double> task(x, int64_t(n), 1, false, 1, y, 16);
     task.coefficients.resize(4 * n);
     ASSERT_EQ(
-        Fitting<double>::edit(task, peer.order, 2, peer.bc_type, nullptr, 0, nullptr, task.coefficients.data(), 16), 0);
+        Api<double>::edit_spline(task, peer.order, 2, peer.bc_type, nullptr, 0, nullptr, task.coefficients.data(), 16),
+        0);
     ASSERT_EQ(peer.construct(task, 0, 0, nullptr), 0);
     gsl_spline* spline = gsl_spline_alloc(peer.type, n);
     gsl_spline_init(spline, x.data(), y.data(), n);
@@ -47,13 +48,12 @@ TEST(FittingPeers, ValuesDerivativesAndIntegralsOfGsl) {
     for (double& t : sites) t = inside(random);
     for (double& t : right) t = inside(random);
     const int32_t orders[] = {1, 1, 1};
-    ASSERT_EQ(Fitting<double>::interpolate(task, 1, 0, 1000, sites.data(), 0, 3, orders, nullptr, r.data(), 0, nullptr,
-                                           nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                           nullptr),
+    ASSERT_EQ(Api<double>::interpolate(task, 1, 0, 1000, sites.data(), 0, 3, orders, nullptr, r.data(), 0, nullptr,
+                                       nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
               0);
-    ASSERT_EQ(Fitting<double>::integrate(task, 0, 1000, sites.data(), 0, right.data(), 0, nullptr, nullptr,
-                                         integrals.data(), 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                         nullptr, nullptr, nullptr),
+    ASSERT_EQ(Api<double>::integrate(task, 0, 1000, sites.data(), 0, right.data(), 0, nullptr, nullptr,
+                                     integrals.data(), 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                     nullptr, nullptr),
               0);
     for (size_t s = 0; s < sites.size(); ++s) {
       EXPECT_NEAR(r[3 * s], gsl_spline_eval(spline, sites[s], accelerator), 1e-13) << peer.name;

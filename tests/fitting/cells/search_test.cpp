@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "fitting/cells/entries.h"
+#include "fitting/cells/fitting_task.h"
 #include "support/failing_allocator.h"
 #include "support/pthread_threader.h"
 
@@ -41,7 +41,7 @@ protected:
   struct Call {
     int64_t hint = 0;
     const Value* data = nullptr;
-    typename Fitting<Value>::SearchCallback callback = nullptr;
+    typename Api<Value>::SearchCallback callback = nullptr;
     void* parameter = nullptr;
     const tarn_threader* threader = nullptr;
   };
@@ -50,8 +50,8 @@ protected:
                                     int32_t expected = 0) {
     if (count < 0) count = static_cast<int64_t>(sites.size());
     std::vector<Integer> cell(static_cast<size_t>(count) + 2, Integer(-7));
-    EXPECT_EQ(Fitting<Value>::search(task, 99, count, sites.data(), call.hint, call.data, cell.data() + 1,
-                                     call.callback, call.parameter, call.threader),
+    EXPECT_EQ(Api<Value>::search(task, 99, count, sites.data(), call.hint, call.data, cell.data() + 1, call.callback,
+                                 call.parameter, call.threader),
               expected);
     EXPECT_EQ(cell.front(), Integer(-7));
     EXPECT_EQ(cell.back(), Integer(-7));
@@ -298,16 +298,16 @@ TYPED_TEST(Search, LargePartitionsGetWideCells) {
     std::vector<Real> sites = {-1, 0, Real(0.25), Real(0.75), 1, 2};
     for (int i = 0; i < 100; ++i) sites.push_back(Real(i) / 100);
     std::vector<int64_t> cell(sites.size(), -7);
-    ASSERT_EQ(Fitting<Real>::search(task, 0, int64_t(sites.size()), sites.data(), 0, nullptr, cell.data(), nullptr,
-                                    nullptr, nullptr),
+    ASSERT_EQ(Api<Real>::search(task, 0, int64_t(sites.size()), sites.data(), 0, nullptr, cell.data(), nullptr, nullptr,
+                                nullptr),
               0);
     for (size_t i = 0; i < sites.size(); ++i) EXPECT_EQ(cell[i], uniform_rule<Real>(0, 1, n, sites[i])) << sites[i];
     const auto unwilling = [](const int64_t* count, const Real*, int64_t* cells, int32_t* flags, void*) -> int32_t {
       for (int64_t i = 0; i < *count; ++i) cells[i] = 17, flags[i] = i == 3;
       return 0;
     };
-    ASSERT_EQ(Fitting<Real>::search(task, 0, int64_t(sites.size()), sites.data(), 0, nullptr, cell.data(), unwilling,
-                                    nullptr, nullptr),
+    ASSERT_EQ(Api<Real>::search(task, 0, int64_t(sites.size()), sites.data(), 0, nullptr, cell.data(), unwilling,
+                                nullptr, nullptr),
               0);
     for (size_t i = 0; i < sites.size(); ++i)
       EXPECT_EQ(cell[i], i == 3 ? 17 : uniform_rule<Real>(0, 1, n, sites[i])) << sites[i];
@@ -352,8 +352,8 @@ TYPED_TEST(Search, NamedEdgeCases) {
   for (int64_t hint : {0, 1, 16, 68, -4}) EXPECT_EQ(this->cells(task, {Real(3.5)}, {.hint = hint}), Cells{4});
   // No sites: nothing is read or written.
   for (int64_t count : {int64_t(0), int64_t(-1), INT64_MIN})
-    EXPECT_EQ(Fitting<Real>::search(task, 0, count, nullptr, 0, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
-  EXPECT_EQ(Fitting<Real>::search(nullptr, 0, 1, x.data(), 0, nullptr, nullptr, nullptr, nullptr, nullptr), -1000);
+    EXPECT_EQ(Api<Real>::search(task, 0, count, nullptr, 0, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
+  EXPECT_EQ(Api<Real>::search(nullptr, 0, 1, x.data(), 0, nullptr, nullptr, nullptr, nullptr, nullptr), -1000);
 }
 
 TYPED_TEST(Search, EquallySpacedSites) {
@@ -380,7 +380,7 @@ TYPED_TEST(Search, EquallySpacedSites) {
   const int64_t failures = for_each_allocation_failure([&](int64_t k) {
     std::vector<typename TypeParam::Integer> cell(5000, -7);
     const int32_t status =
-        Fitting<Real>::search(general, 0, 5000, ends, 4, nullptr, cell.data(), nullptr, nullptr, nullptr);
+        Api<Real>::search(general, 0, 5000, ends, 4, nullptr, cell.data(), nullptr, nullptr, nullptr);
     EXPECT_EQ(status, k == 0 ? -1001 : 0);
     EXPECT_EQ(cell[0], k == 0 ? -7 : 0);
   });
@@ -543,7 +543,7 @@ TYPED_TEST(Search, TablesOfAnotherPartition) {
   ASSERT_EQ(tarn_df_kernel_iEditVal(shortened, TARN_DF_NX, 200), 0);
   this->expect_rule("shortened", half, sites, this->cells(shortened, sites));
   FittingTask<Real> was_uniform({0, 199}, 200, 4, this->wide);
-  ASSERT_EQ(Fitting<Real>::edit_pointer(was_uniform, TARN_DF_X, half.data()), 0);
+  ASSERT_EQ(Api<Real>::edit_pointer(was_uniform, TARN_DF_X, half.data()), 0);
   ASSERT_EQ(tarn_df_kernel_iEditVal(was_uniform, TARN_DF_X_HINT, 0), 0);
   this->expect_rule("was uniform", half, sites, this->cells(was_uniform, sites));
   ASSERT_EQ(tarn_df_kernel_iEditVal(was_uniform, TARN_DF_X_HINT, 1), 0);

@@ -6,7 +6,7 @@
 #include <cmath>
 #include <random>
 
-#include "fitting/cells/entries.h"
+#include "fitting/cells/fitting_task.h"
 
 namespace tarn::test {
 
@@ -46,8 +46,8 @@ public:
       ic_type = 12;
       ic = {point(0), point(n - 1)};
     }
-    task.status = Fitting<Real>::edit(task, order, type, 0, nullptr, ic_type, ic.empty() ? nullptr : ic.data(),
-                                      order == 0 ? nullptr : task.coefficients.data(), 16);
+    task.status = Api<Real>::edit_spline(task, order, type, 0, nullptr, ic_type, ic.empty() ? nullptr : ic.data(),
+                                         order == 0 ? nullptr : task.coefficients.data(), 16);
   }
 
   Real point(int64_t i) const {
