@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "vector/roll.h"
+#include "vector/special_arguments.h"
 
 using namespace tarn::test;
 
@@ -35,24 +36,8 @@ uint64_t next_random() {
 // Made by integer operations alone, so that they are the same everywhere.
 template <class T> T argument(size_t i) {
   using Bits = std::conditional_t<sizeof(T) == 8, uint64_t, uint32_t>;
-  using Limits = std::numeric_limits<T>;
-  const T specials[] = {0,
-                        -T{0},
-                        1,
-                        -1,
-                        Limits::infinity(),
-                        -Limits::infinity(),
-                        Limits::quiet_NaN(),
-                        Limits::max(),
-                        Limits::min(),
-                        Limits::denorm_min(),
-                        T(0.5),
-                        T(-2.5),
-                        T(1.5),
-                        2,
-                        -3,
-                        100};
-  constexpr int mantissa = Limits::digits - 1;
+  constexpr const auto& specials = special_arguments<T>;
+  constexpr int mantissa = std::numeric_limits<T>::digits - 1;
   constexpr Bits one = Bits(sizeof(T) == 8 ? 1023 : 127) << mantissa;
   const uint64_t r = next_random();
   Bits bits;

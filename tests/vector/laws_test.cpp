@@ -10,6 +10,7 @@
 
 #include "vector/guarded.h"
 #include "vector/roll.h"
+#include "vector/special_arguments.h"
 
 using namespace tarn::test;
 
@@ -18,23 +19,7 @@ namespace {
 // Arguments of every kind: ordinary ones, any bit pattern, the special values.
 template <class T> std::vector<T> arguments(size_t count, unsigned seed) {
   using Bits = std::conditional_t<sizeof(T) == 8, uint64_t, uint32_t>;
-  using Limits = std::numeric_limits<T>;
-  const T specials[] = {0,
-                        -T{0},
-                        1,
-                        -1,
-                        Limits::infinity(),
-                        -Limits::infinity(),
-                        Limits::quiet_NaN(),
-                        Limits::max(),
-                        Limits::lowest(),
-                        Limits::min(),
-                        -Limits::min(),
-                        Limits::denorm_min(),
-                        T(0.5),
-                        T(-0.5),
-                        2,
-                        T(1e-3)};
+  constexpr const auto& specials = special_arguments<T>;
   std::mt19937_64 random(seed);
   std::vector<T> values(count);
   for (T& v : values) {
