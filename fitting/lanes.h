@@ -50,19 +50,13 @@ template <class Held> bool any(Held held) {
   }
 }
 
-// Runs body(V, i) for i = from, from + lanes, ... while whole vectors remain before to, two of them a turn, then
-// body(Real, i) one by one.
+// Runs body(V, i) for i = from, from + lanes, ... while whole vectors remain before to, then body(Real, i) one by one.
 template <class Real, class Body> inline void for_lanes(int64_t from, int64_t to, Body body) {
   constexpr int64_t step = lanes<Vector<Real>, Real>;
   int64_t i = from;
-  for (; i + 2 * step <= to; i += 2 * step) {
-    body(Vector<Real>{}, i);
-    body(Vector<Real>{}, i + step);
-  }
-  if (i + step <= to) {
-    body(Vector<Real>{}, i);
-    i += step;
-  }
+#pragma GCC unroll 4
+  for (; i <= to - step; i += step) body(Vector<Real>{}, i);
+#pragma GCC unroll 1
   for (; i < to; ++i) body(Real{}, i);
 }
 

@@ -2,6 +2,9 @@
 // read the same ones.
 #pragma once
 
+#include <emmintrin.h>
+
+#include "fitting/lanes.h"
 #include "fitting/subgrid.h"
 
 namespace tarn::fitting {
@@ -57,8 +60,25 @@ template <class Real, class Body> auto with_points(const DFTask* task, Body body
 
 // Where 0 to last are the valid indices.
 inline int64_t nearest_index(int64_t i, int64_t last) {
-  if (static_cast<uint64_t>(i) <= static_cast<uint64_t>(last)) return i;
+  if (__builtin_expect(static_cast<uint64_t>(i) <= static_cast<uint64_t>(last), 1)) return i;
   return i < 0 ? 0 : last;
+}
+
+// Indices from 0 to below 2^31 as reals, converted together.
+inline Vector<double> reals_of(const int64_t (&index)[2]) { // a word below 2^52 under the exponent of 2^52
+  const __m128i two_52 = _mm_set1_epi64x(0x4330000000000000);
+  return _mm_castsi128_pd(_mm_or_si128(_mm_set_epi64x(index[1], index[0]), two_52)) - _mm_castsi128_pd(two_52);
+}
+inline Vector<float> reals_of(const int64_t (&index)[4]) {
+  return _mm_cvtepi32_ps(_mm_set_epi32(static_cast<int32_t>(index[3]), static_cast<int32_t>(index[2]),
+                                       static_cast<int32_t>(index[1]), static_cast<int32_t>(index[0])));
+}
+
+template <class Pieces, int Count> auto origins_by_one(const Pieces& pieces, const int64_t (&piece)[Count]) {
+  Vector<decltype(pieces.origin(0))> v;
+#pragma GCC unroll 4
+  for (int l = 0; l < Count; ++l) v[l] = pieces.origin(piece[l]);
+  return v;
 }
 
 // One piece for each inner cell; the first and the last serve what lies outside.
@@ -67,6 +87,11 @@ template <class Real, bool Uniform> struct CellPieces {
   Points<Real, Uniform> points;
   int64_t piece(int64_t cell, Real) const { return nearest_index(cell - 1, points.n - 2); }
   Real origin(int64_t piece) const { return points[piece]; }
+  template <int Count> Vector<Real> origins(const int64_t (&piece)[Count]) const {
+    if (Uniform && (sizeof(Real) == 8 || points.n <= INT32_MAX))
+      return broadcast<Vector<Real>>(points.left) + reals_of(piece) * broadcast<Vector<Real>>(points.step);
+    return origins_by_one(*this, piece);
+  }
   Real begin(int64_t piece) const { return points[piece]; }
   Real end(int64_t piece) const { return points[piece + 1]; }
 };
@@ -82,6 +107,9 @@ template <class Real, bool Uniform> struct SubbotinPieces {
     return site < begin(cell) ? cell - 1 : cell;
   }
   Real origin(int64_t piece) const { return piece == points.n - 1 ? points.right : points[piece]; }
+  template <int Count> Vector<Real> origins(const int64_t (&piece)[Count]) const {
+    return origins_by_one(*this, piece);
+  }
   Real begin(int64_t piece) const { return subgrid_knot<Real>(task, piece); }
   Real end(int64_t piece) const { return subgrid_knot<Real>(task, piece + 1); }
 };

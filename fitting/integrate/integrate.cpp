@@ -27,7 +27,7 @@ template <class Real> struct LimitArray {
 // What the threads share.
 template <class Real> struct IntegrationWork {
   Integration<Real> call;
-  Integrator<Real> integrate;
+  Interpolant kind;
   LimitArray<Real> left, right;
   bool one_search; // both arrays crowd about one peak: one search for both
   int64_t pairs, cell_flags;
@@ -49,7 +49,9 @@ int32_t search_limits(const IntegrationWork<Real>& work, const LimitArray<Real>&
   return search_kernel<Real>(array.method)(search, count, limit, cell, work.cell_flags);
 }
 
-template <class Real> int32_t integrate_block(const IntegrationWork<Real>& work, int64_t block, int64_t thread) {
+// Where threads share the blocks, the integrator of the form with call-backs finds its scratch by thread.
+template <bool Callbacks, class Real>
+int32_t integrate_block(const IntegrationWork<Real>& work, int64_t block, int64_t thread) {
   const int64_t from = block * block_pairs, count = minimum(block_pairs, work.pairs - from);
   Real own[2 * block_pairs];
   int64_t cells[2 * block_pairs];
@@ -67,15 +69,20 @@ template <class Real> int32_t integrate_block(const IntegrationWork<Real>& work,
     status = search_limits(work, work.right, count, right, right_cells);
     if (status < 0) return status;
   }
-  return work.integrate(work.call, {from, count, left, right, cells, right_cells},
-                        work.scratch + thread * scratch_of_worker);
+  return integrator<Real>(work.kind, Callbacks)(work.call, {from, count, left, right, cells, right_cells},
+                                                Callbacks ? work.scratch + thread * scratch_of_worker : nullptr);
 }
 
-template <class Real> void _v1DIntegrThreader(int64_t block, int32_t thread, int32_t, void* context) {
-  IntegrationWork<Real>& work = *static_cast<IntegrationWork<Real>*>(context);
+template <bool Callbacks, class Real> void take_block(IntegrationWork<Real>& work, int64_t block, int32_t thread) {
   if (failed_before(work.failure, block)) return;
-  const int32_t status = integrate_block(work, block, thread);
+  const int32_t status = integrate_block<Callbacks>(work, block, thread);
   if (status < 0) record_failure(work.failure, block, status);
+}
+template <class Real> void _v1DIntegrThreader(int64_t block, int32_t thread, int32_t, void* context) {
+  take_block<false>(*static_cast<IntegrationWork<Real>*>(context), block, thread);
+}
+template <class Real> void _v1DIntegrThreaderCB(int64_t block, int32_t thread, int32_t, void* context) {
+  take_block<true>(*static_cast<IntegrationWork<Real>*>(context), block, thread);
 }
 
 // Threads take whole blocks; the calling thread does the rest.
@@ -91,17 +98,16 @@ int32_t _Integr1DKernel(IntegrationWork<Real>& work, bool callbacks, const tarn_
   work.scratch = reals <= reals_on_stack ? on_stack : allocate<Real>(reals);
   if (!work.scratch) return TARN_DF_ERROR_ALLOCATION;
 
-  int32_t status = TARN_DF_OK;
+  const tarn_loop_body body = callbacks ? _v1DIntegrThreaderCB<Real> : _v1DIntegrThreader<Real>;
   int64_t block = 0;
   if (threads > 1) {
-    run_loop(threader, whole, threads, &work, _v1DIntegrThreader<Real>);
-    status = status_of(work.failure);
+    run_loop(threader, whole, threads, &work, body);
     block = whole;
   }
-  for (; block < blocks && status == TARN_DF_OK; ++block) status = integrate_block(work, block, 0);
+  for (; block < blocks; ++block) body(block, 0, 1, &work);
   if (work.scratch != on_stack) tarn_serv_deallocate(work.scratch);
   work.scratch = nullptr;
-  return status;
+  return status_of(work.failure);
 }
 
 template <class Real> struct LimitRequest {
@@ -170,7 +176,7 @@ int32_t integrate_all(const DFTask* task, const IntegrationRequest<Real>& reques
   if (work.one_search) work.left.peak -= apart / 2;
   prepare_limits(work.left, task, request.left, request.pairs, request.search);
   prepare_limits(work.right, task, request.right, request.pairs, request.search);
-  work.integrate = integrator<Real>(kind, any);
+  work.kind = kind;
   work.pairs = request.pairs;
   work.cell_flags = (task->wideInterface & 1) ? int64_t(wide_task) : 0;
   return _Integr1DKernel(work, any, threader);

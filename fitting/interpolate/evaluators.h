@@ -61,22 +61,22 @@ void evaluate_order(Pieces pieces, const Real* c, int64_t count, const Real* sit
                     int64_t step) {
   constexpr int width = lanes<Vector<Real>, Real>;
   // Coefficients beyond the nearer caches are asked for ahead of their use.
-  constexpr int64_t ahead = 12, near_bytes = 1 << 18;
-  const bool distant = pieces.points.n * Terms * int64_t(sizeof(Real)) > near_bytes;
+  constexpr int64_t near_bytes = 1 << 18;
+  const int64_t ahead = pieces.points.n * Terms * int64_t(sizeof(Real)) > near_bytes ? 12 : count;
   int64_t s = 0;
   for (; s + width <= count; s += width) {
-    if (distant && s + ahead + width <= count)
+    if (s + ahead + width <= count)
       for (int l = 0; l < width; ++l) __builtin_prefetch(c + (int64_t(cell[s + ahead + l]) - 1) * Terms);
+    int64_t piece[width];
     const Real* at[width];
-    Vector<Real> origin, columns[Terms];
+    Vector<Real> columns[Terms];
 #pragma GCC unroll 4
     for (int l = 0; l < width; ++l) {
-      const int64_t piece = pieces.piece(cell[s + l], site[s + l]);
-      at[l] = c + piece * Terms;
-      origin[l] = pieces.origin(piece);
+      piece[l] = pieces.piece(cell[s + l], site[s + l]);
+      at[l] = c + piece[l] * Terms;
     }
     gather<Terms>(at, columns);
-    const Vector<Real> r = horner<Terms, Order, Real>(columns, load<Vector<Real>>(site + s) - origin);
+    const Vector<Real> r = horner<Terms, Order, Real>(columns, load<Vector<Real>>(site + s) - pieces.origins(piece));
     if (step == 1) {
       store(out + s, r);
     } else {

@@ -4,10 +4,11 @@
 #include "fitting/search/kernels.h"
 #include "fitting/threads.h"
 
+#include <type_traits>
+
 namespace tarn::fitting {
 namespace {
 
-constexpr int64_t short_call = 32;        // fewer sites make one block, without threads
 constexpr int64_t single_site_orders = 4; // at most this many derivative orders on the single-site path
 constexpr int64_t sites_of_calling_thread = 512;
 constexpr int64_t reals_on_stack = 2048;
@@ -22,14 +23,12 @@ template <class Real> struct Interpolation {
   Evaluation<Real> evaluation;
   SearchRun<Real> search;
   SearchMethod method;
-  SearchKernel<Real> search_block;
-  Evaluator<Real> evaluate; // null: no results are wanted
-  int64_t cell_flags;
+  Interpolant kind;
+  bool compute; // whether results are wanted
   int64_t functions, site_count;
   const Real* site; // null where the sites are equally spaced
   UniformSites<Real> uniform;
   char* cell; // null where the cells are not the caller's
-  int64_t cell_bytes;
   Real* r;
   Layout layout;
   bool as_evaluated; // the layout is the one that evaluators write
@@ -65,46 +64,65 @@ void copy_results(const Interpolation<Real>& work, int64_t from, int64_t count, 
     }
 }
 
-template <class Real> int32_t interpolate_block(const Interpolation<Real>& work, int64_t block, int64_t thread) {
+// A block with its cells in one of the three forms. The caller's cells have the form of his task, and so have those of
+// the block's own.
+template <CellForm Form, bool Callbacks, class Real>
+int32_t interpolate_block(const Interpolation<Real>& work, int64_t block, int64_t thread) {
+  using Cell = std::conditional_t<Form == CellForm::Cells32, int32_t, int64_t>;
   const int64_t from = block * block_sites, count = minimum(block_sites, work.site_count - from);
   Real own_sites[block_sites];
-  int64_t own_cells[block_sites];
+  Cell own_cells[block_sites];
   const Real* site = work.site ? work.site + from : own_sites;
   if (!work.site) expand(work.uniform, from, count, own_sites);
-  void* cell = work.cell ? static_cast<void*>(work.cell + from * work.cell_bytes) : own_cells;
+  Cell* cell = work.cell ? reinterpret_cast<Cell*>(work.cell) + from : own_cells;
   if (work.method != SearchMethod::None) {
     SearchRun<Real> search = work.search; // with a cursor of its own
-    const int32_t status = work.search_block(search, count, site, cell, work.cell_flags);
+    const int32_t status = search_kernel<Real>(work.method, Form)(search, count, site, cell, 0);
     if (status < 0) return status;
   }
-  if (!work.evaluate) return TARN_DF_OK;
+  if (!work.compute) return TARN_DF_OK;
 
+  const Evaluator<Real> evaluate = evaluator<Real>(work.kind, sizeof(Cell) == 8, Callbacks);
   const int64_t nder = work.evaluation.nder;
   Real* evaluated = work.as_evaluated ? work.r + from * nder : work.scratch + thread * work.scratch_reals;
   const int64_t function_step = work.as_evaluated ? work.layout.function : count * nder;
   for (int64_t f = 0; f < work.functions; ++f) {
-    const int32_t status = work.evaluate(work.evaluation, f, count, site, cell, evaluated + f * function_step);
+    const int32_t status = evaluate(work.evaluation, f, count, site, cell, evaluated + f * function_step);
     if (status < 0) return status;
   }
   if (!work.as_evaluated) copy_results(work, from, count, evaluated);
   return TARN_DF_OK;
 }
 
-template <class Real> void _v1DInterpThreader(int64_t block, int32_t thread, int32_t, void* context) {
-  Interpolation<Real>& work = *static_cast<Interpolation<Real>*>(context);
-  if (failed_before(work.failure, block)) return;
-  const int32_t status = interpolate_block(work, block, thread);
-  if (status < 0) record_failure(work.failure, block, status);
+#define TARN_INTERP_THREADER(suffix, Form, callbacks)                                                                  \
+  template <class Real> void _v1DInterpThreader##suffix(int64_t block, int32_t thread, int32_t, void* context) {       \
+    Interpolation<Real>& work = *static_cast<Interpolation<Real>*>(context);                                           \
+    if (failed_before(work.failure, block)) return;                                                                    \
+    const int32_t status = interpolate_block<CellForm::Form, callbacks>(work, block, thread);                          \
+    if (status < 0) record_failure(work.failure, block, status);                                                       \
+  }
+TARN_INTERP_THREADER(32, Cells32, false)
+TARN_INTERP_THREADER(64, Cells64, false)
+TARN_INTERP_THREADER(64Pack, Cells64Pack, false)
+TARN_INTERP_THREADER(32CB, Cells32, true)
+TARN_INTERP_THREADER(64CB, Cells64, true)
+TARN_INTERP_THREADER(64PackCB, Cells64Pack, true)
+
+template <class Real> tarn_loop_body threader_body(CellForm form, bool callbacks) {
+  switch (form) {
+  case CellForm::Cells32: return callbacks ? _v1DInterpThreader32CB<Real> : _v1DInterpThreader32<Real>;
+  case CellForm::Cells64: return callbacks ? _v1DInterpThreader64CB<Real> : _v1DInterpThreader64<Real>;
+  default: return callbacks ? _v1DInterpThreader64PackCB<Real> : _v1DInterpThreader64Pack<Real>;
+  }
 }
 
-template <class Real> int32_t interpolate_blocks(Interpolation<Real>& work, const tarn_threader* threader) {
+template <class Real>
+int32_t interpolate_blocks(Interpolation<Real>& work, tarn_loop_body body, const tarn_threader* threader) {
   const int64_t blocks = (work.site_count + block_sites - 1) / block_sites;
-  const bool short_path = work.site_count < short_call && work.cell_flags == 0 && work.search.nx < large_partition;
-  const int64_t threads =
-      short_path || work.site_count <= sites_of_calling_thread ? 1 : minimum(max_threads(threader), blocks);
+  const int64_t threads = work.site_count <= sites_of_calling_thread ? 1 : minimum(max_threads(threader), blocks);
   Real on_stack[reals_on_stack];
   work.scratch = nullptr;
-  if (work.evaluate && !work.as_evaluated) {
+  if (work.compute && !work.as_evaluated) {
     int64_t reals;
     const bool overflows = __builtin_mul_overflow(work.functions * minimum(block_sites, work.site_count),
                                                   work.evaluation.nder, &work.scratch_reals) ||
@@ -113,16 +131,10 @@ template <class Real> int32_t interpolate_blocks(Interpolation<Real>& work, cons
     work.scratch = reals <= reals_on_stack ? on_stack : allocate<Real>(reals);
     if (!work.scratch) return TARN_DF_ERROR_ALLOCATION;
   }
-  int32_t status = TARN_DF_OK;
-  if (threads > 1) {
-    run_loop(threader, blocks, threads, &work, _v1DInterpThreader<Real>);
-    status = status_of(work.failure);
-  } else {
-    for (int64_t b = 0; b < blocks && status == TARN_DF_OK; ++b) status = interpolate_block(work, b, 0);
-  }
+  run_loop(threads > 1 ? threader : nullptr, blocks, threads, &work, body);
   if (work.scratch != on_stack) tarn_serv_deallocate(work.scratch);
   work.scratch = nullptr;
-  return status;
+  return status_of(work.failure);
 }
 
 template <class Real> int64_t cell_of_one(SearchRun<Real>& run, SearchMethod method, Real site) {
@@ -136,16 +148,16 @@ template <class Real> int64_t cell_of_one(SearchRun<Real>& run, SearchMethod met
   }
 }
 
-// A cell that the caller gives, in the width of the task.
-template <class Real> int64_t given_cell(const Interpolation<Real>& work) {
-  if (work.cell_bytes == 8) return *reinterpret_cast<const int64_t*>(work.cell);
-  return *reinterpret_cast<const int32_t*>(work.cell);
+// A cell that the caller gives.
+int64_t given_cell(const char* cell, CellForm form) {
+  if (cell_bytes(form) == 8) return *reinterpret_cast<const int64_t*>(cell);
+  return *reinterpret_cast<const int32_t*>(cell);
 }
 
-template <class Real> void interpolate_one(Interpolation<Real>& work, Interpolant kind) {
-  const int64_t cell = work.cell ? given_cell(work) : cell_of_one(work.search, work.method, work.site[0]);
+template <class Real> void interpolate_one(Interpolation<Real>& work, CellForm form) {
+  const int64_t cell = work.cell ? given_cell(work.cell, form) : cell_of_one(work.search, work.method, work.site[0]);
   const Evaluation<Real>& e = work.evaluation;
-  switch (kind) {
+  switch (work.kind) {
   case Interpolant::Linear: evaluate<Interpolant::Linear>(e, 0, 1, work.site, &cell, work.r); break;
   case Interpolant::Quadratic: evaluate<Interpolant::Quadratic>(e, 0, 1, work.site, &cell, work.r); break;
   default: evaluate<Interpolant::Cubic>(e, 0, 1, work.site, &cell, work.r); break;
@@ -184,6 +196,7 @@ int32_t interpolate(const DFTask* task, const Request<Real>& request, const tarn
                                                request.data_hint, work.method, peak);
   if (status != TARN_DF_OK) return status;
 
+  const CellForm form = cell_form(task);
   const bool wide = (task->wideInterface & 1) != 0;
   Evaluation<Real>& e = work.evaluation;
   e = {task, request.orders, request.order_count, wide, false, 1, {callbacks[0], callbacks[1], callbacks[2]}};
@@ -198,12 +211,9 @@ int32_t interpolate(const DFTask* task, const Request<Real>& request, const tarn
   if (work.method != SearchMethod::None) prepare_search(work.search, task, work.method, peak, request.search);
   work.search.nx = task->nx;
 
-  const bool large = task->nx >= large_partition;
-  work.cell_flags = (wide ? int64_t(wide_task) : 0) | (cells_of_caller ? int64_t(callers_cells) : 0);
+  work.kind = kind;
+  work.compute = compute;
   work.cell = cells_of_caller ? static_cast<char*>(request.cell) : nullptr;
-  work.cell_bytes = wide || large ? 8 : 4;
-  work.evaluate = compute ? evaluator<Real>(kind, !cells_of_caller || work.cell_bytes == 8, any) : nullptr;
-  if (work.method != SearchMethod::None) work.search_block = search_kernel<Real>(work.method);
   work.r = request.r;
   work.site = request.site;
   if (request.sites_hint & TARN_DF_SITES_UNIFORM) {
@@ -215,10 +225,10 @@ int32_t interpolate(const DFTask* task, const Request<Real>& request, const tarn
   const bool polynomial = kind == Interpolant::Linear || kind == Interpolant::Quadratic || kind == Interpolant::Cubic;
   if (work.site_count == 1 && compute && !(request.type & TARN_DF_WRITE_CELLS) && work.site && polynomial && !any &&
       e.order_count <= single_site_orders && task->ny <= 1 && !request.search.call) {
-    interpolate_one(work, kind);
+    interpolate_one(work, form);
     return TARN_DF_OK;
   }
-  return interpolate_blocks(work, threader);
+  return interpolate_blocks(work, threader_body<Real>(form, any), threader);
 }
 
 }

@@ -1,5 +1,7 @@
 #include "fitting/search/kernels.h"
 
+#include "fitting/search/batches.h"
+
 namespace tarn::fitting {
 
 #define TARN_NAMED "fitting/search/named_kernels.h"
@@ -10,14 +12,16 @@ namespace tarn::fitting {
   template <> SearchKernel<Real> search_kernel<Real>(SearchMethod method) {                                            \
     return t::__Search1DDispatch[static_cast<int>(method)];                                                            \
   }                                                                                                                    \
-  template <> SearchKernel<Real> search_kernel_32<Real>(SearchMethod method) {                                         \
-    return t::__Search1D32Dispatch[static_cast<int>(method)];                                                          \
+  template <> SearchKernel<Real> search_kernel<Real>(SearchMethod method, CellForm form) {                             \
+    const int number = static_cast<int>(method);                                                                       \
+    switch (form) {                                                                                                    \
+    case CellForm::Cells32: return t::__Search1D32Dispatch[number];                                                    \
+    case CellForm::Cells64: return t::__Search1D64Dispatch[number];                                                    \
+    default: return t::__Search1D64PackDispatch[number];                                                               \
+    }                                                                                                                  \
   }                                                                                                                    \
-  template <> SearchKernel<Real> search_kernel_64<Real>(SearchMethod method) {                                         \
-    return t::__Search1D64Dispatch[static_cast<int>(method)];                                                          \
-  }                                                                                                                    \
-  template <> SearchKernel<Real> search_kernel_64_pack<Real>(SearchMethod method) {                                    \
-    return t::__Search1D64PackDispatch[static_cast<int>(method)];                                                      \
+  template <> BatchSearch<Real> batch_search<Real>(SearchMethod method) {                                              \
+    return t::__SearchDispatch[static_cast<int>(method)];                                                              \
   }
 TARN_DF_TWINS(TARN_FIND_KERNELS)
 

@@ -12,31 +12,29 @@ namespace tarn::fitting {
 
 typedef int32_t Int4 __attribute__((vector_size(16)));
 
-// Four sites to a step, for indices of 32 bits: guesses and comparisons as vectors of four integers.
-struct FourSites {
-  Int4 guess;    // truncated scaled distance plus 1, within 1 to n - 1
-  Int4 below;    // all bits set where the site is below the left end
-  Int4 at_right; // ... is the right end or above
-  Int4 above;    // ... is above the right end
-};
-
 inline Int4 halves(__m128d a, __m128d b) { // one word each of four double-width masks
   return reinterpret_cast<Int4>(_mm_shuffle_ps(_mm_castpd_ps(a), _mm_castpd_ps(b), _MM_SHUFFLE(2, 0, 2, 0)));
 }
 
+// Four sites to a step, for indices of 32 bits: guesses and comparisons as vectors of four integers.
+struct FourSites {
+  Int4 guess;   // truncated scaled distance plus 1, within 1 to n - 1
+  Int4 outside; // -1 where the site is below the left end, 1 where it is above the right end, else 0
+};
+
 inline FourSites four_sites(const double* site, double left, double right, double scale, double top) {
   const __m128d a = _mm_loadu_pd(site), b = _mm_loadu_pd(site + 2), zero = _mm_setzero_pd();
   const __m128d l = _mm_set1_pd(left), r = _mm_set1_pd(right), s = _mm_set1_pd(scale), t = _mm_set1_pd(top);
-  const __m128d ga = smaller(larger((a - l) * s, zero), t), gb = smaller(larger((b - l) * s, zero), t);
-  return {reinterpret_cast<Int4>(_mm_unpacklo_epi64(_mm_cvttpd_epi32(ga), _mm_cvttpd_epi32(gb))) + 1,
-          halves(_mm_cmplt_pd(a, l), _mm_cmplt_pd(b, l)), halves(_mm_cmpge_pd(a, r), _mm_cmpge_pd(b, r)),
-          halves(_mm_cmpgt_pd(a, r), _mm_cmpgt_pd(b, r))};
+  const __m128i ga = _mm_cvttpd_epi32(smaller(larger((a - l) * s, zero), t));
+  const __m128i gb = _mm_cvttpd_epi32(smaller(larger((b - l) * s, zero), t));
+  return {reinterpret_cast<Int4>(_mm_unpacklo_epi64(ga, gb)) + 1,
+          halves(_mm_cmplt_pd(a, l), _mm_cmplt_pd(b, l)) - halves(_mm_cmplt_pd(r, a), _mm_cmplt_pd(r, b))};
 }
 inline FourSites four_sites(const float* site, float left, float right, float scale, float top) {
   const __m128 a = _mm_loadu_ps(site), l = _mm_set1_ps(left), r = _mm_set1_ps(right);
-  const __m128 g = smaller(larger((a - l) * _mm_set1_ps(scale), _mm_setzero_ps()), _mm_set1_ps(top));
-  return {reinterpret_cast<Int4>(_mm_cvttps_epi32(g)) + 1, reinterpret_cast<Int4>(_mm_cmplt_ps(a, l)),
-          reinterpret_cast<Int4>(_mm_cmpge_ps(a, r)), reinterpret_cast<Int4>(_mm_cmpgt_ps(a, r))};
+  const __m128i g = _mm_cvttps_epi32(smaller(larger((a - l) * _mm_set1_ps(scale), _mm_setzero_ps()), _mm_set1_ps(top)));
+  return {reinterpret_cast<Int4>(g) + 1,
+          reinterpret_cast<Int4>(_mm_cmplt_ps(a, l)) - reinterpret_cast<Int4>(_mm_cmplt_ps(r, a))};
 }
 
 inline void store_four(int32_t* out, Int4 v) { __builtin_memcpy(out, &v, sizeof v); }
@@ -47,9 +45,10 @@ inline void store_four(int64_t* out, Int4 v) { // none is negative
   __builtin_memcpy(out + 2, &second, sizeof second);
 }
 
-// Whether four_sites serves: n - 2 is a value of the type, and so is every number below.
+// Whether four_sites serves: n - 2 is a value of the type, and the scaled distance of the right end is at least that,
+// rounded as it is.
 template <class Real, class Index> bool serves_four(const SearchRun<Real>& run) {
-  return sizeof(Index) == 4 && (sizeof(Real) == 8 || run.nx <= int64_t(1) << 24);
+  return sizeof(Index) == 4 && (sizeof(Real) == 8 || run.nx <= int64_t(1) << 22);
 }
 
 // The guess for one site, 1 to n - 1; 1 for a NaN.
@@ -84,12 +83,9 @@ int32_t search_uniform(SearchRun<Real>& run, int64_t count, const Real* site, Ce
   int64_t i = 0;
   if (serves_four<Real, Index>(run) && run.unit == 1) {
     const Real top = Real(run.nx - 2);
-    const int32_t last = static_cast<int32_t>(run.nx - 1);
-    const Int4 right_cell = {last, last, last, last};
-    for (; i + 4 <= count; i += 4) {
+    for (; i + 4 <= count; i += 4) { // at the right end and above the guess is the last inner cell
       const FourSites four = four_sites(site + i, run.left, run.right, run.scale, top);
-      const Int4 inside = four.guess & ~four.below & ~four.at_right;
-      store_four(cell + i, inside | ((right_cell - four.above) & four.at_right)); // a set mask is -1
+      store_four(cell + i, four.guess + four.outside);
     }
   }
   for (; i < count; ++i) cell[i] = static_cast<Cell>(uniform_cell(run, site[i]));

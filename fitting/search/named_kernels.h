@@ -5,7 +5,7 @@
 // without one is told by a word of flags where its cells go.
 
 extern "C" {
-#define TARN_SEARCH_METHOD(number, Name)                                                                               \
+#define TARN_SEARCH_METHOD(number, Name, Batch)                                                                        \
   TARN_VISIBLE int32_t TARN_KERNEL(Name##Search1D32)(SearchRun<Real> & run, int64_t count, const Real* site,           \
                                                      void* cell, int64_t) {                                            \
     return search_block<SearchMethod::Name, Real, int32_t, int32_t>(run, count, site, static_cast<int32_t*>(cell));    \
@@ -28,23 +28,26 @@ extern "C" {
 #include "fitting/search/methods.def"
 }
 
-#define TARN_SEARCH_METHOD(number, Name) TARN_KERNEL(Name##Search1D),
+#define TARN_SEARCH_METHOD(number, Name, Batch) TARN_KERNEL(Name##Search1D),
 constexpr SearchKernel<Real> __Search1DDispatch[] = {
 #include "fitting/search/methods.def"
 };
-#define TARN_SEARCH_METHOD(number, Name) TARN_KERNEL(Name##Search1D32),
+#define TARN_SEARCH_METHOD(number, Name, Batch) TARN_KERNEL(Name##Search1D32),
 constexpr SearchKernel<Real> __Search1D32Dispatch[] = {
 #include "fitting/search/methods.def"
 };
-#define TARN_SEARCH_METHOD(number, Name) TARN_KERNEL(Name##Search1D64),
+#define TARN_SEARCH_METHOD(number, Name, Batch) TARN_KERNEL(Name##Search1D64),
 constexpr SearchKernel<Real> __Search1D64Dispatch[] = {
 #include "fitting/search/methods.def"
 };
-#define TARN_SEARCH_METHOD(number, Name) TARN_KERNEL(Name##Search1D64Pack),
+#define TARN_SEARCH_METHOD(number, Name, Batch) TARN_KERNEL(Name##Search1D64Pack),
 constexpr SearchKernel<Real> __Search1D64PackDispatch[] = {
 #include "fitting/search/methods.def"
 };
 
 // The rows of the list stand at their numbers.
-#define TARN_SEARCH_METHOD(number, Name) static_assert(__Search1DDispatch[number] == TARN_KERNEL(Name##Search1D));
+#define TARN_SEARCH_METHOD(number, Name, Batch)                                                                        \
+  static_assert(__Search1DDispatch[number] == TARN_KERNEL(Name##Search1D));
 #include "fitting/search/methods.def"
+
+#include "fitting/search/named_batches.h"

@@ -1,8 +1,5 @@
-// tarn_df_kernel_dDFSearch1D: the choice of the method, the few sites served on the spot, and the batch routines, which
-// share many sites among threads.
+// tarn_df_kernel_dDFSearch1D: the choice of the method; few sites are served on the spot, many by the batch routines.
 #include "fitting/search/search.h"
-
-#include "fitting/threads.h"
 
 namespace tarn::fitting {
 
@@ -85,71 +82,6 @@ void prepare_search(SearchRun<Real>& run, const DFTask* task, SearchMethod metho
 namespace {
 
 constexpr int64_t served_on_the_spot = 32; // fewer sites than this
-constexpr int64_t sites_on_stack = 4096;
-constexpr int64_t batch_sites = 128; // of the hybrid's shares, and of one call of the caller's search
-
-// Many sites, all with one method.
-template <class Real> struct Batch {
-  SearchRun<Real>* run;
-  SearchKernel<Real> kernel;
-  const Real* site;
-  char* cell;
-  int64_t cell_bytes;
-  int64_t share; // sites of each thread
-};
-
-template <class Real> int32_t search_part(const Batch<Real>& batch, SearchRun<Real>& run, int64_t from, int64_t count) {
-  return batch.kernel(run, count, batch.site + from, batch.cell + from * batch.cell_bytes, 0);
-}
-
-template <class Real> void _v1DSearchThreader(int64_t k, int32_t, int32_t, void* context) {
-  const Batch<Real>& batch = *static_cast<const Batch<Real>*>(context);
-  SearchRun<Real> run = *batch.run; // with a cursor of its own
-  search_part(batch, run, k * batch.share, batch.share);
-}
-
-// From where on threads pay, by method. The hybrid asks for more sites the more threads there are.
-bool worth_threads(SearchMethod method, int64_t sites, int64_t nx, int64_t threads) {
-  if (threads < 2) return false;
-  switch (method) {
-  case SearchMethod::Uniform: return sites >= 1001;
-  case SearchMethod::Sorted: return sites > 3000;
-  case SearchMethod::Peak: return sites > 1200 || nx > 1200;
-  case SearchMethod::QuasiUniform:
-    return sites > 300 || (sites > 150 && nx >= 600) || (sites > 150 && nx >= 40 && threads >= 4);
-  case SearchMethod::Hybrid: return sites > 1200 || (sites > 600 && threads <= 4) || (sites > 300 && threads <= 2);
-  default: return false;
-  }
-}
-
-// Equal shares for the threads; the calling thread does the rest when they have returned.
-template <class Real>
-int32_t search_batch(Batch<Real>& batch, SearchMethod method, int64_t sites, const tarn_threader* threader) {
-  const int64_t threads = max_threads(threader);
-  int64_t done = 0;
-  if (worth_threads(method, sites, batch.run->nx, threads)) {
-    const int64_t unit = method == SearchMethod::Hybrid ? batch_sites : 1;
-    batch.share = sites / unit / threads * unit;
-    done = batch.share * threads;
-    if (done > 0) run_loop(threader, threads, threads, &batch, _v1DSearchThreader<Real>);
-  }
-  return search_part(batch, *batch.run, done, sites - done);
-}
-
-// The caller's search runs in the calling thread.
-template <class Real> int32_t search_by_caller(const Batch<Real>& batch, int64_t sites) {
-  int32_t status = TARN_DF_OK;
-  for (int64_t from = 0; from < sites && status == TARN_DF_OK; from += batch_sites)
-    status = search_part(batch, *batch.run, from, minimum(batch_sites, sites - from));
-  return status;
-}
-
-template <class Real>
-int32_t search_all(Batch<Real>& batch, SearchMethod method, int64_t sites, const tarn_threader* threader) {
-  return method == SearchMethod::UserDef || method == SearchMethod::UniUserDef
-             ? search_by_caller(batch, sites)
-             : search_batch(batch, method, sites, threader);
-}
 
 template <class Real>
 int32_t search(const DFTask* task, int64_t count, const Real* site, int64_t sites_hint, const Real* data_hint,
@@ -163,26 +95,15 @@ int32_t search(const DFTask* task, int64_t count, const Real* site, int64_t site
 
   SearchRun<Real> run;
   prepare_search(run, task, method, peak, callback);
-  const bool large = run.nx >= large_partition, wide = (task->wideInterface & 1) != 0;
-  Batch<Real> batch = {&run, nullptr, site, static_cast<char*>(cell), large || wide ? 8 : 4, 0};
-  batch.kernel = large  ? search_kernel_64<Real>(method)
-                 : wide ? search_kernel_64_pack<Real>(method)
-                        : search_kernel_32<Real>(method);
-  const bool uniform = sites_hint == TARN_DF_SITES_UNIFORM;
-  if (count < served_on_the_spot) {
-    Real own[served_on_the_spot];
-    if (uniform) expand(uniform_sites(site, count), 0, count, own), batch.site = own;
-    return search_part(batch, run, 0, count);
+  const CellForm form = cell_form(task);
+  if (count >= served_on_the_spot)
+    return batch_search<Real>(method)({&run, form, count, site, sites_hint, static_cast<char*>(cell)}, threader);
+  Real own[served_on_the_spot];
+  if (sites_hint == TARN_DF_SITES_UNIFORM) {
+    expand(uniform_sites(site, count), 0, count, own);
+    site = own;
   }
-  if (!uniform) return search_all(batch, method, count, threader);
-  Real own[sites_on_stack];
-  Real* expanded = count <= sites_on_stack ? own : allocate<Real>(count);
-  if (!expanded) return TARN_DF_ERROR_ALLOCATION;
-  expand(uniform_sites(site, count), 0, count, expanded);
-  batch.site = expanded;
-  const int32_t outcome = search_all(batch, method, count, threader);
-  if (expanded != own) tarn_serv_deallocate(expanded);
-  return outcome;
+  return search_kernel<Real>(method, form)(run, count, site, cell, 0);
 }
 
 }

@@ -3,11 +3,12 @@
 
 #include "fitting/callbacks.h"
 #include "fitting/task.h"
+#include "tarn/threader.h"
 
 namespace tarn::fitting {
 
 enum class SearchMethod : int32_t {
-#define TARN_SEARCH_METHOD(number, Name) Name = number,
+#define TARN_SEARCH_METHOD(number, Name, Batch) Name = number,
 #include "fitting/search/methods.def"
   None // the caller gives the cells
 };
@@ -41,6 +42,18 @@ template <class Real>
 void prepare_search(SearchRun<Real>& run, const DFTask* task, SearchMethod method, int64_t peak,
                     Bound<typename Callbacks<Real>::Search> search);
 
+// How cells are counted and written, as the suffixes of the kernels have it.
+enum class CellForm : int32_t {
+  Cells32,     // 32: cells and indices
+  Cells64,     // 64: cells and indices
+  Cells64Pack, // cells of 64 bits, indices of 32
+};
+inline CellForm cell_form(const DFTask* task) {
+  if (task->nx >= large_partition) return CellForm::Cells64;
+  return (task->wideInterface & 1) != 0 ? CellForm::Cells64Pack : CellForm::Cells32;
+}
+inline int64_t cell_bytes(CellForm form) { return form == CellForm::Cells32 ? 4 : 8; }
+
 // Words of the form without suffix: whether the task is wide, and whether the cells go to the caller's array rather than
 // to a buffer of 64-bit cells.
 enum CellFlags : int64_t { wide_task = 1, callers_cells = 2 };
@@ -52,9 +65,27 @@ using SearchKernel = int32_t (*)(SearchRun<Real>& run, int64_t count, const Real
 
 // The kernel of a method: the form without suffix, and the three that it chooses from.
 template <class Real> SearchKernel<Real> search_kernel(SearchMethod method);
-template <class Real> SearchKernel<Real> search_kernel_32(SearchMethod method);
-template <class Real> SearchKernel<Real> search_kernel_64(SearchMethod method);
-template <class Real> SearchKernel<Real> search_kernel_64_pack(SearchMethod method);
+template <class Real> SearchKernel<Real> search_kernel(SearchMethod method, CellForm form);
+
+// The cells of many sites: what a method's batch routine is given. The sites hint tells whether `site` holds them all or
+// the two ends of equally spaced ones.
+template <class Real> struct SiteBatch {
+  SearchRun<Real>* run;
+  CellForm form;
+  int64_t count;
+  const Real* site;
+  int64_t sites_hint;
+  char* cell;
+};
+template <class Real> using BatchSearch = int32_t (*)(const SiteBatch<Real>& batch, const tarn_threader* threader);
+template <class Real> BatchSearch<Real> batch_search(SearchMethod method);
+
+#define TARN_SEARCH_TABLES(t, Real)                                                                                    \
+  template <> SearchKernel<Real> search_kernel<Real>(SearchMethod method);                                             \
+  template <> SearchKernel<Real> search_kernel<Real>(SearchMethod method, CellForm form);                              \
+  template <> BatchSearch<Real> batch_search<Real>(SearchMethod method);
+TARN_DF_TWINS(TARN_SEARCH_TABLES)
+#undef TARN_SEARCH_TABLES
 
 // Site i of equally spaced ones is first + i * spacing.
 template <class Real> struct UniformSites {

@@ -56,9 +56,8 @@ template <class Real, bool interleaved> struct Values {
 // The cubic of a cell by Hermite's formula, from its slope and the derivatives at its two ends.
 template <class Real, class V>
 inline void write_cubic(Real* cell, V value, V slope, V inverse_length, V left, V right) {
-  const V rise = slope - left, fall = right - slope;
-  store_cells(cell, value, left, (rise + rise - fall) * inverse_length,
-              (fall - rise) * (inverse_length * inverse_length));
+  const V rise = slope - left, bend = ((right - slope) - rise) * inverse_length;
+  store_cells(cell, value, left, rise * inverse_length - bend, bend * inverse_length);
 }
 
 }

@@ -9,13 +9,17 @@
 namespace tarn::fitting {
 
 constexpr int64_t block_cells = 256; // worked through at once
-constexpr int64_t halo = 2;          // cells on either side of a block that its derivatives read
 constexpr int64_t threaded_values = 512, item_cells = 2048, item_functions = 4;
 
+// Reciprocals of cell lengths come from one division for two vectors of cells, whose first cell has an index that such
+// a group divides. A cell thus has the same reciprocal in whichever block it is read; so blocks begin between groups,
+// and reach one group to either side, which is more than the two cells that their derivatives read.
+template <class Real> constexpr int64_t group_cells = 2 * lanes<Vector<Real>, Real>;
+
 // What is known around a block of cells of one function: values, cell lengths, slopes, derivatives, asked for by the
-// index of their cell or point in the partition. Reaches halo cells to either side, as far as the partition goes.
+// index of their cell or point in the partition. Reaches a group to either side, as far as the partition goes.
 template <class Real> struct Block {
-  static constexpr int64_t room = block_cells + 2 * halo + 4; // vectors may begin inside and end beyond
+  static constexpr int64_t room = block_cells + 2 * group_cells<Real> + 4; // vectors may begin inside and end beyond
   alignas(16) Real value[room], inverse[room], slope[room], derivative[room];
 };
 
@@ -34,12 +38,34 @@ template <class Real, bool uniform> struct Window {
   template <class V> V inverse(int64_t i) const {
     return uniform ? grid.template inverse<V>(i) : load<V>(block->inverse + (i - origin));
   }
+  template <class V> void set_derivative(int64_t i, V v) const { store(block->derivative + (i - origin), v); }
   // (y[i+1] - y[i-1]) / (2 h) on a uniform partition
   template <class V> V central_difference(int64_t i) const {
     return (value<V>(i + 1) - value<V>(i - 1)) * broadcast<V>(Real(0.5)) * inverse<V>(i);
   }
+  template <class V> void set_inverse(int64_t i, V v) const { store(block->inverse + (i - origin), v); }
   template <class V> void set_slope(int64_t i, V v) const { store(block->slope + (i - origin), v); }
-  template <class V> void set_derivative(int64_t i, V v) const { store(block->derivative + (i - origin), v); }
+};
+
+// 1 / a and 1 / b of pairs of lengths, with a watch on products so far from 1 that they or their reciprocals near the
+// ends of the range: where one was met, the pairs are to be divided again, each length of such a pair on its own.
+template <class V> struct Reciprocals {
+  V of_a, of_b;
+};
+template <class Real, class V> struct Division {
+  static constexpr Real far = sizeof(Real) == 8 ? Real(0x1p1000) : Real(0x1p120);
+  V farthest = {};
+  Reciprocals<V> of_pair(V a, V b) {
+    const V product = a * b, reciprocal = broadcast<V>(Real(1)) / product;
+    farthest = larger(larger(product, reciprocal), farthest);
+    return {reciprocal * b, reciprocal * a};
+  }
+  bool failed() const { return any(farthest > broadcast<V>(far)); }
+  static Reciprocals<V> of_far_pair(V a, V b) {
+    const V one = broadcast<V>(Real(1)), product = a * b, reciprocal = one / product;
+    const auto beyond = larger(product, reciprocal) > broadcast<V>(far);
+    return {select(beyond, one / a, reciprocal * b), select(beyond, one / b, reciprocal * a)};
+  }
 };
 
 // The derivative at the middle one of three points, of the parabola through them.
@@ -145,16 +171,17 @@ template <class Kind, class Real, bool interleaved, bool uniform> struct LocalCu
 
   void write_block(int64_t j, int64_t first, int64_t end, Block<Real>* block) const {
     const Values<Real, interleaved> y(task, j);
-    const int64_t low = maximum(first - halo, 0), high = minimum(end + halo, n - 1); // cells that are read
-    Around at = {block, first - halo, y.base, 0, reals<Real>(task->ic), grid};
+    constexpr int64_t group = group_cells<Real>;
+    const int64_t low = maximum(first - group, 0), high = minimum(end + group, n - 1); // cells that are read
+    Around at = {block, first - group, y.base, 0, reals<Real>(task->ic), grid};
     if constexpr (interleaved) {
       at.values = block->value;
       at.values_from = low;
       for (int64_t i = low; i <= high; ++i) block->value[i - low] = y[i];
     }
     find_slopes(at, low, high);
-    if (first == 0) extend_slopes(at, y, left);
-    if (end == n - 1) extend_slopes(at, y, right);
+    if (low == 0) extend_slopes(at, y, left);
+    if (high == n - 1) extend_slopes(at, y, right);
     for_lanes<Real>(maximum(first, 1), minimum(end, n - 2) + 1, [&](auto lane, int64_t i) {
       at.set_derivative(i, Kind::template derivative<decltype(lane)>(at, i));
     });
@@ -168,19 +195,47 @@ template <class Kind, class Real, bool interleaved, bool uniform> struct LocalCu
     });
   }
 
-  static void find_slopes(const Around& at, int64_t low, int64_t high) {
-    for_lanes<Real>(low, high, [at](auto lane, int64_t i) {
-      using V = decltype(lane);
-      const V rise = at.template value<V>(i + 1) - at.template value<V>(i);
-      const V inverse = at.grid.template inverse<V>(i);
-      if constexpr (!uniform) store(at.block->inverse + (i - at.origin), inverse);
-      at.set_slope(i, rise * inverse);
-    });
+  void find_slopes(const Around& at, int64_t low, int64_t high) const {
+    if constexpr (uniform) {
+      for_lanes<Real>(low, high, [at](auto lane, int64_t i) {
+        using V = decltype(lane);
+        set_slope(at, i, at.template inverse<V>(i));
+      });
+    } else { // in groups; the cells at the end of the partition that fill none are divided one by one
+      using V = Vector<Real>;
+      constexpr int64_t group = group_cells<Real>, half = group / 2;
+      const int64_t end = low + (high - low) / group * group;
+      Division<Real, V> division;
+      for (int64_t i = low; i < end; i += group) {
+        const auto inverse = division.of_pair(at.template length<V>(i), at.template length<V>(i + half));
+        set_slope(at, i, inverse.of_a);
+        set_slope(at, i + half, inverse.of_b);
+      }
+      if (division.failed()) {
+        for (int64_t i = low; i < end; i += group) {
+          const auto inverse = division.of_far_pair(at.template length<V>(i), at.template length<V>(i + half));
+          set_slope(at, i, inverse.of_a);
+          set_slope(at, i + half, inverse.of_b);
+        }
+      }
+      for (int64_t i = end; i < high; ++i) set_slope(at, i, grid.template inverse<Real>(i));
+    }
   }
 
-  Real slope(const Values<Real, interleaved>& y, int64_t i) const {
-    return (y[i + 1] - y[i]) * grid.template inverse<Real>(i);
+  template <class V> static void set_slope(const Around& at, int64_t i, V inverse) {
+    if constexpr (!uniform) at.set_inverse(i, inverse);
+    at.set_slope(i, (at.template value<V>(i + 1) - at.template value<V>(i)) * inverse);
   }
+
+  // The same for a single cell.
+  Real inverse(int64_t i) const {
+    constexpr int64_t group = group_cells<Real>;
+    if (uniform || i / group * group + group > n - 1) return grid.template inverse<Real>(i);
+    return Division<Real, Real>::of_far_pair(grid.template length<Real>(i), grid.template length<Real>(i ^ group / 2))
+        .of_a;
+  }
+
+  Real slope(const Values<Real, interleaved>& y, int64_t i) const { return (y[i + 1] - y[i]) * inverse(i); }
 
   // One slope more beyond each end, for the points next to the ends: on the line through the two outermost ones, or
   // that of the other end of a period.

@@ -6,6 +6,8 @@
 #include <random>
 #include <vector>
 
+#include <sys/mman.h>
+
 #include <gtest/gtest.h>
 
 #include "fitting/cells/fitting_task.h"
@@ -273,6 +275,24 @@ TYPED_TEST(Search, UniformPartitions) {
   }
 }
 
+// However lengths and scales are rounded, the right end and what lies above it have their cells, alone and together.
+TYPED_TEST(Search, RightEndsOfUniformPartitions) {
+  using Real = typename TypeParam::Real;
+  std::mt19937_64 random(15);
+  std::uniform_real_distribution<double> unit(0, 1);
+  for (const int64_t n : {2, 3, 1000, (1 << 22) - 1, 1 << 22, (1 << 22) + 1, 1 << 23, 1 << 24, INT32_MAX - 1})
+    for (int turn = 0; turn < 300; ++turn) {
+      const Real left = Real(unit(random)), right = left + Real(unit(random)) + Real(0.01);
+      const Real above = std::nextafter(right, Real(9)), below = std::nextafter(right, Real(0));
+      FittingTask<Real> task({left, right}, n, 4, this->wide);
+      const auto cell = this->cells(task, {right, above, below, 8, right, above, below});
+      for (const size_t i : {0u, 1u, 3u, 4u, 5u}) // four together, then one by one
+        ASSERT_EQ(int64_t(cell[i]), i % 4 == 0 ? n - 1 : n) << n << " points from " << left << " to " << right;
+      ASSERT_EQ(cell[2], cell[6]);
+      ASSERT_LT(int64_t(cell[2]), n);
+    }
+}
+
 TYPED_TEST(Search, UniformPartitionsAtTheEndsOfTheRange) {
   using Real = typename TypeParam::Real;
   using Limits = std::numeric_limits<Real>;
@@ -290,7 +310,82 @@ TYPED_TEST(Search, UniformPartitionsAtTheEndsOfTheRange) {
   }
 }
 
-// Partitions whose cell numbers need 64 bits: those of uniform points alone fit into a test.
+// A general partition of any number of points that takes no memory: the few at its ends are written, all between them
+// are 0 and lie in pages that nobody has touched.
+template <class Real> class SparsePartition {
+public:
+  explicit SparsePartition(int64_t points) : n(points), bytes(size_t(points) * sizeof(Real)) {
+    void* pages = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (pages == MAP_FAILED) return;
+    x = static_cast<Real*>(pages);
+    for (int64_t i = 0; i < ends; ++i) {
+      x[i] = Real(i - ends);
+      x[n - ends + i] = Real(i + 1);
+    }
+  }
+  ~SparsePartition() {
+    if (x) munmap(x, bytes);
+  }
+  SparsePartition(const SparsePartition&) = delete;
+  SparsePartition& operator=(const SparsePartition&) = delete;
+
+  int64_t rule(Real t) const { // all points at the ends are whole numbers
+    if (t < -Real(ends)) return 0;
+    if (t < 0) return int64_t(std::floor(t)) + ends + 1;
+    if (t >= Real(ends)) return t > Real(ends) ? n : n - 1;
+    return n - ends + int64_t(t);
+  }
+
+  static constexpr int64_t ends = 40;
+  int64_t n;
+  size_t bytes;
+  Real* x = nullptr;
+};
+
+// Indices on either side of what 32 bits hold, for all methods of general partitions.
+TYPED_TEST(Search, LargeGeneralPartitions) {
+  using Real = typename TypeParam::Real;
+  std::vector<Real> sites;
+  for (int i = -45; i <= 45; ++i)
+    for (const Real part : {Real(0), Real(0.5)}) sites.push_back(Real(i) + part);
+  std::vector<Real> shuffled = sites;
+  std::shuffle(shuffled.begin(), shuffled.end(), std::mt19937_64(8));
+  for (const int64_t n : {int64_t(INT32_MAX) - 1, int64_t(INT32_MAX), int64_t(INT32_MAX) + 100}) {
+    const SparsePartition<Real> points(n);
+    ASSERT_NE(points.x, nullptr);
+    const bool cells_of_64 = this->wide || n >= INT32_MAX;
+    DFTask* task = nullptr; // made as a uniform one: nobody goes through the points for a bin table
+    ASSERT_EQ(Api<Real>::new_task(&task, n, points.x, TARN_DF_PARTITION_UNIFORM, 0, nullptr, 0, this->wide), 0);
+    const auto expect = [&](const char* what, int64_t hint, const std::vector<Real>& t, int64_t sites_hint,
+                            const Real* data, typename Api<Real>::SearchCallback callback) {
+      ASSERT_EQ(tarn_df_kernel_iEditVal(task, TARN_DF_X_HINT, hint), 0);
+      std::vector<int64_t> cell(t.size());
+      ASSERT_EQ(Api<Real>::search(task, 0, int64_t(t.size()), t.data(), sites_hint, data, cell.data(), callback,
+                                  nullptr, nullptr),
+                0);
+      for (size_t i = 0; i < t.size(); ++i) {
+        const int64_t found = cells_of_64 ? cell[i] : reinterpret_cast<const int32_t*>(cell.data())[i];
+        ASSERT_EQ(found, points.rule(t[i])) << what << ", " << n << " points, site " << t[i];
+      }
+    };
+    expect("hybrid", 0, shuffled, 0, nullptr, nullptr);
+    expect("quasi-uniform", TARN_DF_PARTITION_QUASI_UNIFORM, shuffled, 0, nullptr, nullptr);
+    expect("sorted", 0, sites, TARN_DF_SITES_SORTED, nullptr, nullptr);
+    for (const int64_t peak : {int64_t(0), int64_t(20), n / 2, n - 20, n - 1, n}) {
+      const Real data[5] = {0, 1, 0, 0, Real(peak)};
+      if (int64_t(data[4]) <= n) expect("peak", 0, shuffled, 0, data, nullptr);
+    }
+    const auto guess = [](const int64_t* count, const Real*, int64_t* cell, int32_t* flag, void*) -> int32_t {
+      const int64_t guesses[] = {INT64_MIN, 0, 1, 1 << 20, INT32_MAX - 3, INT64_MAX};
+      for (int64_t i = 0; i < *count; ++i) cell[i] = guesses[i % 6], flag[i] = 0;
+      return 0;
+    };
+    expect("user-defined", 0, shuffled, 0, nullptr, guess);
+    EXPECT_EQ(tarn_df_kernel_DeleteTask(&task), 0);
+  }
+}
+
+// Uniform partitions whose cell numbers need 64 bits.
 TYPED_TEST(Search, LargePartitionsGetWideCells) {
   using Real = typename TypeParam::Real;
   for (const int64_t n : {int64_t(INT32_MAX), int64_t(INT32_MAX) + 2, int64_t(1) << 40}) {

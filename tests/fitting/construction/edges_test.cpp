@@ -131,6 +131,42 @@ TYPED_TEST(Edges, HugeRatios) {
   }
 }
 
+// Lengths whose products and reciprocals come to the ends of the range and beyond, alone and next to ordinary ones.
+TYPED_TEST(Edges, LengthsFarFromOne) {
+  using Real = TypeParam;
+  const bool is_double = sizeof(Real) == 8;
+  const int far = is_double ? 530 : 64;   // exponent of lengths whose pairs are out of the range
+  const int bias = is_double ? 900 : 110; // keeps the coefficients within it
+  for (Kind kind : {Kind::akima, Kind::bessel, Kind::hyman, Kind::hermite})
+    for (int exponent : {-far, -far / 2, far})
+      for (size_t odd = 0; odd < 40; ++odd) {
+        Problem<Real> p = make_problem<Real>(kind, 1, false, 37);
+        // From cell `odd` on the lengths are ordinary ones: pairs of short cells, of long ones and of one of either.
+        for (size_t i = 0; i < p.x.size(); ++i) {
+          const Real length = exponent < 0 && i > odd ? Real(1) : std::ldexp(Real(1), exponent);
+          p.x[i] = i == 0 ? Real(0) : p.x[i - 1] + length * (1 + Real(i % 3) / 4);
+          p.y[i] = std::ldexp(p.y[i], 3 * exponent + (exponent < 0 ? bias : -bias));
+        }
+        if (kind == Kind::hermite)
+          for (Real& d : p.ic) d = std::ldexp(d, 2 * exponent + (exponent < 0 ? bias : -bias));
+        Made<Real> made(p);
+        ASSERT_EQ(made.construct(), 0);
+        const Longs expected = Reference(p, 0).coefficients();
+        for (size_t i = 0; i + 1 < p.x.size(); ++i) {
+          const Long h = Long(p.x[i + 1]) - p.x[i];
+          Long scale = 0;
+          for (int k = 1; k < 4; ++k) scale = std::fmax(scale, std::fabs(expected[4 * i + size_t(k)]) * std::pow(h, k));
+          for (int k = 0; k < 4; ++k) {
+            // Relative to the cell's largest term; derivatives are known to the smallest normal number.
+            const Long tolerance = 40 * scale * std::numeric_limits<Real>::epsilon() / std::pow(h, k) +
+                                   4 * std::numeric_limits<Real>::min() * std::pow(h, 1 - k);
+            ASSERT_NEAR(Long(made(0, int64_t(i), k)), expected[4 * i + size_t(k)], tolerance)
+                << describe(p) << ", exponent " << exponent << ", odd " << odd << ", cell " << i << ", power " << k;
+          }
+        }
+      }
+}
+
 // The same kinds by another hand.
 void expect_gsl(const gsl_interp_type* type, Kind kind, int64_t condition) {
   for (size_t n : {5u, 6u, 30u, 200u}) {
