@@ -6,11 +6,14 @@
 #include "bench/fitting/benchmarks.h"
 #include "bench/frame.h"
 #include "tarn/fitting.h"
+#include "tarn/openmp_threader.h"
 
 #include <boost/math/interpolators/cardinal_cubic_b_spline.hpp>
 #include <boost/math/interpolators/makima.hpp>
 #include <boost/math/interpolators/pchip.hpp>
 #include <gsl/gsl_interp.h>
+
+#include <omp.h>
 
 #include <random>
 #include <vector>
@@ -186,6 +189,30 @@ void compare_rest(int64_t n) {
   compare(comparison);
 }
 
+// How far a second thread halves the time: cells of one function are shared, and functions of a natural spline.
+void compare_threads(int64_t n) {
+  const auto scaling = [n](const char* name, const Task& task, Constructor construct, int64_t functions) {
+    if (!wanted(name)) return;
+    compare({name,
+             "n = " + std::to_string(n),
+             "knot",
+             double(n * functions),
+             {{"Tarn, 1 thread", tarn_run(task, construct), ""},
+              {"Tarn, 2 threads",
+               [&task, construct] {
+                 omp_set_num_threads(2);
+                 construct(task.task, 0, 0, tarn_openmp_threader());
+               },
+               "Tarn, 1 thread"}}});
+  };
+  const Data data = points(n, false);
+  const Task one(data, false, TARN_DF_BC_FREE_END), four(data, false, TARN_DF_BC_FREE_END, false, 4);
+  scaling("threads, linear", one, tarn_df_kernel_dDFLinearSpline1D, 1);
+  scaling("threads, Akima", one, tarn_df_kernel_dDFAkimaCubicSpline1D, 1);
+  scaling("threads, Hyman", one, tarn_df_kernel_dDFHymanCubicSpline1D, 1);
+  scaling("threads, natural, 4 functions", four, tarn_df_kernel_dDFNaturalCubicSpline1D, 4);
+}
+
 }
 
 void construction_benchmarks() {
@@ -197,6 +224,7 @@ void construction_benchmarks() {
       compare_hyman(n, uniform);
     }
     compare_rest(n);
+    compare_threads(n);
   }
 }
 

@@ -3,6 +3,9 @@
 #include "bench/fitting/benchmarks.h"
 #include "bench/frame.h"
 #include "tarn/fitting.h"
+#include "tarn/openmp_threader.h"
+
+#include <omp.h>
 
 #include <algorithm>
 #include <cmath>
@@ -57,19 +60,22 @@ public:
   NaturalSpline(const NaturalSpline&) = delete;
   NaturalSpline& operator=(const NaturalSpline&) = delete;
 
-  void search(const std::vector<double>& sites, int64_t hint, std::vector<int32_t>& cells) {
+  void search(const std::vector<double>& sites, int64_t hint, std::vector<int32_t>& cells,
+              const tarn_threader* threader = nullptr) {
     tarn_df_kernel_dDFSearch1D(task, 0, static_cast<int64_t>(sites.size()), sites.data(), hint, nullptr, cells.data(),
-                               nullptr, nullptr, nullptr);
+                               nullptr, nullptr, threader);
   }
-  void evaluate(const std::vector<double>& sites, int64_t hint, std::vector<double>& r) {
+  void evaluate(const std::vector<double>& sites, int64_t hint, std::vector<double>& r,
+                const tarn_threader* threader = nullptr) {
     tarn_df_kernel_dDFInterpolate1D(task, TARN_DF_COMPUTE, 0, static_cast<int64_t>(sites.size()), sites.data(), hint, 0,
                                     nullptr, nullptr, r.data(), 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                    nullptr, nullptr, nullptr, nullptr);
+                                    nullptr, nullptr, nullptr, threader);
   }
-  void integrate(const std::vector<double>& a, const std::vector<double>& b, std::vector<double>& r) {
+  void integrate(const std::vector<double>& a, const std::vector<double>& b, std::vector<double>& r,
+                 const tarn_threader* threader = nullptr) {
     tarn_df_kernel_dDFIntegrate1D(task, 0, static_cast<int64_t>(a.size()), a.data(), 0, b.data(), 0, nullptr, nullptr,
                                   r.data(), 0, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                  nullptr);
+                                  threader);
   }
 
   std::vector<double> x, y, coefficients;
@@ -186,13 +192,19 @@ void evaluations(size_t n) {
              "Tarn"}}});
 }
 
-// Ranges of up to eight cells, at random places.
-void integrations(size_t n) {
-  const std::vector<double> a = random_sites(site_count());
-  std::vector<double> b(a.size()), r(a.size()), peer(a.size());
+// The right ends of ranges of up to eight cells.
+std::vector<double> right_limits(const std::vector<double>& left, size_t n) {
+  std::vector<double> right(left.size());
   std::mt19937_64 random(3);
   std::uniform_real_distribution<double> unit(0, 800 / static_cast<double>(n));
-  for (size_t i = 0; i < a.size(); ++i) b[i] = std::min(100.0, a[i] + unit(random));
+  for (size_t i = 0; i < left.size(); ++i) right[i] = std::min(100.0, left[i] + unit(random));
+  return right;
+}
+
+// Ranges at random places.
+void integrations(size_t n) {
+  const std::vector<double> a = random_sites(site_count()), b = right_limits(a, n);
+  std::vector<double> r(a.size()), peer(a.size());
   NaturalSpline spline(random_partition(n), n, TARN_DF_PARTITION_GENERAL);
   GslSpline gsl(spline);
   NaturalSpline uniform({0, 100}, n, TARN_DF_PARTITION_UNIFORM);
@@ -211,6 +223,33 @@ void integrations(size_t n) {
              "Tarn"}}});
 }
 
+// How far a second thread halves the time.
+void threads(size_t n) {
+  const std::vector<double> sites = random_sites(site_count()), b = right_limits(sites, n);
+  std::vector<int32_t> cells(sites.size());
+  std::vector<double> r(sites.size());
+  NaturalSpline spline(random_partition(n), n, TARN_DF_PARTITION_GENERAL);
+  const auto scaling = [&](const char* name, const char* unit, auto work) {
+    if (!wanted(name)) return;
+    compare({name,
+             points(n),
+             unit,
+             static_cast<double>(sites.size()),
+             {{"Tarn, 1 thread", [=] { work(nullptr); }, ""},
+              {"Tarn, 2 threads",
+               [=] {
+                 omp_set_num_threads(2);
+                 work(tarn_openmp_threader());
+               },
+               "Tarn, 1 thread"}}});
+  };
+  using Threader = const tarn_threader*;
+  scaling("threads, search", "site", [&](Threader threader) { spline.search(sites, 0, cells, threader); });
+  scaling("threads, evaluation", "site", [&](Threader threader) { spline.evaluate(sites, 0, r, threader); });
+  scaling("threads, integration", "pair of limits",
+          [&](Threader threader) { spline.integrate(sites, b, r, threader); });
+}
+
 }
 
 void evaluation_benchmarks() {
@@ -221,6 +260,7 @@ void evaluation_benchmarks() {
         wanted("evaluation, uniform partition"))
       evaluations(n);
     if (wanted("integration")) integrations(n);
+    if (wanted("threads, search") || wanted("threads, evaluation") || wanted("threads, integration")) threads(n);
   }
 }
 
