@@ -128,14 +128,10 @@ struct dExp {
   static constexpr double filler = 0.75;
   static TARN_INLINE Int4 gate(Int4 high) { return (high & 0x7FFFFFFF) > 0x4086232A; } // |x| from about 708.39 on
   static int rare(const double* x, double* y) { return vdexp_cout_rare(x, y); }
-  // Without reports the certain overflows and underflows need no rare call. They are made as squares, for their
-  // flags; infinities and NaNs, which shall raise none, are compared as 0 and left to the rare routine.
+  // Without reports the certain overflows and underflows need no rare call.
   static TARN_INLINE int settle(Double2 x, Double2& y, int lanes) {
-    const Int4 finite = ((Int4)x & 0x7FF00000) != 0x7FF00000; // in the high words
-    const Double2 number = (Double2)((Int4)x & (Int4)_mm_shuffle_epi32((__m128i)finite, _MM_SHUFFLE(3, 3, 1, 1)));
-    const Long2 over = number > exp_overflow, under = number < exp_underflow;
-    const Double2 root = select(over, splat(0x1.fffffffffffffp+1023), select(under, splat(0x1p-1022), splat(1.0)));
-    y = select(over | under, root * root, y);
+    const Long2 over = x > exp_overflow, under = x < exp_underflow;
+    y = select(under, Double2{}, select(over, splat(__builtin_inf()), y));
     return lanes & ~_mm_movemask_pd((Double2)(over | under));
   }
 };
@@ -148,10 +144,8 @@ struct sExp {
   static TARN_INLINE Int4 gate(Int4 x) { return (x & 0x7FFFFFFF) > 0x42AEAC4F; } // |x| above 87.3365402
   static int rare(const float* x, float* y) { return vsexp_cout_rare(x, y); }
   static TARN_INLINE int settle(Float4 x, Float4& y, int lanes) {
-    const Float4 number = from_bits(bits(x) & ((bits(x) & 0x7F800000) != 0x7F800000));
-    const Int4 over = number > expf_overflow, under = number < expf_underflow;
-    const Float4 root = select(over, splat(0x1.fffffep+127f), select(under, splat(0x1p-126f), splat(1.0f)));
-    y = select(over | under, root * root, y);
+    const Int4 over = x > expf_overflow, under = x < expf_underflow;
+    y = select(under, Float4{}, select(over, splat(__builtin_inff()), y));
     return lanes & ~lane_mask(over | under);
   }
 };
