@@ -69,13 +69,14 @@ template <class T> void put_back(T* array, int32_t index, double re, double im) 
   memcpy(array + index, &v, sizeof v);
 }
 
+bool same_bits(double x, double y) { return __builtin_bit_cast(uint64_t, x) == __builtin_bit_cast(uint64_t, y); }
+
 bool results_differ(const ErrorContext& x, const ErrorContext& y) {
-  return memcmp(&x.res1, &y.res1, 2 * sizeof(double)) != 0 || memcmp(&x.res1Im, &y.res1Im, 2 * sizeof(double)) != 0;
+  return !same_bits(x.res1, y.res1) || !same_bits(x.res2, y.res2) || !same_bits(x.res1Im, y.res1Im) ||
+         !same_bits(x.res2Im, y.res2Im);
 }
 
-bool counts_as_one(double first, double second) {
-  return second == 0.0 || __builtin_bit_cast(uint64_t, first) == __builtin_bit_cast(uint64_t, second);
-}
+bool counts_as_one(double first, double second) { return second == 0.0 || same_bits(first, second); }
 
 // Messages with the values; the numbers of a row follow each other.
 void print_element(const ErrorContext& c) {
