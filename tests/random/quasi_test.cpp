@@ -243,6 +243,28 @@ TEST(Sobol, ChunksOfCopies) {
   EXPECT_EQ(words(other, 999), expected);
 }
 
+// The point of a Niederreiter stream of very many coordinates has to be among what a copied state brings along, wherever
+// it is kept: around the number of words that are copied, and around the room of the record.
+TEST(Niederr, StatesOfManyCoordinatesAreCopiedWhole) {
+  for (uint32_t dimen : {10493u, 10494u, 10495u, 21064u, 21065u}) {
+    std::vector<uint32_t> seeds = user(dimen, 4);
+    uint32_t w = 1;
+    for (uint32_t k = 0; k < 32 * dimen; k++) seeds.push_back(w = w * 69069 + 1);
+    const auto n = static_cast<int32_t>(dimen);
+    auto stream = make(0x700000, seeds), other = copy(stream);
+    words(stream, 5 * n + 7);
+    words(other, 2 * n);
+    ASSERT_EQ(__kestCopyStreamState(other.get(), stream.get()), 0);
+    std::vector<uint32_t> expected; // the rest of point 6, and the start of point 7
+    for (uint32_t index : {6u, 7u})
+      for (uint32_t d = 0; d < dimen; d++)
+        expected.push_back(plain_point({&seeds[3 + 32 * d], &seeds[3 + 32 * d] + 32}, index));
+    expected.erase(expected.begin(), expected.begin() + 7);
+    EXPECT_EQ(words(other, 2 * n - 7), expected) << dimen;
+    EXPECT_EQ(words(copy(stream), 2 * n - 7), expected) << dimen;
+  }
+}
+
 // Every number of coordinates has its own way through the loops.
 TEST(Quasi, EveryDimensionEqualsThePlainWalk) {
   for (auto [brng, limit, dimensions] : {std::tuple{0x600000, 40u, 40u}, std::tuple{0x700000, 318u, 110u}})
