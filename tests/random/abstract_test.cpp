@@ -80,6 +80,33 @@ TEST_F(Abstract, RecordLayout) {
   EXPECT_EQ(buffer, d4);
 }
 
+// The bytes of a record between its fields go into images; they must not be what the stack held.
+[[gnu::noinline]] void fill_stack() {
+  volatile unsigned char block[16384];
+  for (volatile unsigned char& byte : block) byte = 0xA5;
+}
+
+TEST_F(Abstract, RecordsHaveNoBytesOfTheStack) {
+  uint32_t w[4];
+  double d[4];
+  float s[4];
+  tarn_stream* out[3];
+  fill_stack();
+  ASSERT_EQ(__kestiNewAbstractStream(&out[0], 4, w, update<uint32_t>), 0);
+  fill_stack();
+  ASSERT_EQ(__kestdNewAbstractStream(&out[1], 4, d, 0, 1, update<double>), 0);
+  fill_stack();
+  ASSERT_EQ(__kestsNewAbstractStream(&out[2], 4, s, 0, 1, update<float>), 0);
+  const int between[] = {28, 28, 36};
+  for (int k = 0; k < 3; k++) {
+    StreamPtr stream(out[k]);
+    std::vector<unsigned char> image(static_cast<size_t>(__kestGetStreamSize(out[k])));
+    ASSERT_EQ(__kestSaveStreamM(out[k], image.data()), 0);
+    const auto at = image.begin() + 4 + between[k]; // an image's header is 4 bytes longer than a record's
+    EXPECT_EQ(std::vector<unsigned char>(at, at + 4), std::vector<unsigned char>(4)) << k;
+  }
+}
+
 TEST_F(Abstract, RenewsAndWraps) {
   uint32_t buffer[5];
   tarn_stream* out;
