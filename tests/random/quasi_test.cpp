@@ -385,6 +385,8 @@ TEST(Sobol, Threads) {
                                          {500, 256, true},
                                          {499, 256, false},
                                          {1000, 64, true},
+                                         {65, 0x20000, true},
+                                         {65, 0x20000 - 1, false},
                                          {4000, 8, true},
                                          {3999, 8, false}}) {
     std::vector<uint32_t> seeds = user(static_cast<uint32_t>(dimen), 4);
