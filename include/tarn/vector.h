@@ -17,8 +17,8 @@
  * the thread's mode says; see SetMode. A kernel leaves both floating-point control words as it found them and merges
  * the exception flags that it raised.
  *
- * A strided kernel reports element k with the base pointers, so what a report reads and writes back is array element k,
- * not the strided one.
+ * A strided kernel reports element k with the base pointers, so what a report reads, and writes back where a callback
+ * changed it, is array element k, not the strided one.
  *
  * All functions may be called from any number of threads at once; mode, status, callback and vector pointer are each
  * thread's own. */

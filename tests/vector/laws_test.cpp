@@ -1,6 +1,7 @@
 // What every kernel of the roll promises, whatever it computes.
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <dlfcn.h>
 #include <limits>
@@ -89,6 +90,29 @@ TEST_F(Laws, AnySplitGivesTheSameBits) {
       for (size_t i = 0; i < part.r.size(); ++i)
         EXPECT_TRUE(same(part.r[i], whole.r[i + 7])) << label(f, slot, "n = ") << n << " element " << i;
     }
+  });
+}
+
+// Every length up to past two blocks, at every step of the result's alignment.
+TEST_F(Laws, EveryLengthGivesTheSameBits) {
+  for_each_kernel([](const Function& f, int slot, auto type) {
+    using T = decltype(type);
+    const int longest = 2 * f.block[static_cast<size_t>(slot)] + 5;
+    const Data<T> single = one_by_one(f, slot, Data<T>(static_cast<size_t>(longest), 11));
+    for (int n = 0; n <= longest; ++n)
+      for (int step = 0; step < static_cast<int>(16 / sizeof(T)); ++step) {
+        const T untouched = T(77.25);
+        std::vector<T> r(static_cast<size_t>(longest + 8), untouched), q = r;
+        call_plain<T>(f, f.plain[slot], {n, single.a.data(), single.b.data(), r.data() + step, q.data() + step});
+        for (int i = -step; i < longest + 8 - step; ++i) {
+          const size_t at = static_cast<size_t>(i + step), element = static_cast<size_t>(i);
+          const bool inside = i >= 0 && i < n;
+          ASSERT_TRUE(same(r[at], inside ? single.r[element] : untouched))
+              << label(f, slot, "n = ") << n << " step " << step << " element " << i;
+          ASSERT_TRUE(same(q[at], inside && f.outputs() == 2 ? single.q[element] : untouched))
+              << label(f, slot, "second result, n = ") << n << " step " << step << " element " << i;
+        }
+      }
   });
 }
 
@@ -306,6 +330,58 @@ TEST_F(Laws, FlagsRaisedInsideSurvive) {
   }
 }
 
+unsigned flags_of(auto call) {
+  _mm_setcsr(0x1F80);
+  call();
+  const unsigned flags = _mm_getcsr() & 0x3F;
+  _mm_setcsr(0x1F80);
+  return flags;
+}
+
+// A call raises what its elements raise, wherever they stand. Not compared: a denormal's flag, which a graver one of the
+// same instruction hides; inexact, which lanes past the end may raise; invalid, since compilers differ in which compares
+// with a NaN they make.
+TEST_F(Laws, FlagsAreThoseOfTheElements) {
+  constexpr unsigned compared = 0x1C;
+  __lumeSetMode(0x100); // without reports Exp settles overflows in a block as constants
+  for_each_kernel([](const Function& f, int slot, auto type) {
+    using T = decltype(type);
+    const auto check = [&](const Data<T>& data) {
+      Data<T> d = data;
+      unsigned of_elements = 0;
+      for (size_t i = 0; i < d.a.size(); ++i)
+        of_elements |= flags_of([&] { call_plain<T>(f, f.plain[slot], {1, &d.a[i], &d.b[i], &d.r[i], &d.q[i]}); });
+      EXPECT_EQ(flags_of([&] { call_plain(f, f.plain[slot], d.call()); }) & compared, of_elements & compared)
+          << label(f, slot, "flags with ") << d.a[17] << ", " << d.b[17];
+      EXPECT_EQ(flags_of([&] { call_strided(f, f.strided[slot], d.call()); }) & compared, of_elements & compared)
+          << label(f, slot, "strided flags with ") << d.a[17] << ", " << d.b[17];
+    };
+    check(Data<T>(49, 20));
+    Data<T> ordinary(49);
+    std::fill(ordinary.a.begin(), ordinary.a.end(), T(1));
+    std::fill(ordinary.b.begin(), ordinary.b.end(), T(2));
+    for (T special : special_arguments<T>)
+      for (bool second : {false, true}) {
+        Data<T> d = ordinary;
+        (second ? d.b : d.a)[17] = special;
+        check(d);
+      }
+  });
+}
+
+// 2/(3 - 1): exact for every element, though 1/(1 - 1) would divide by zero.
+TEST_F(Laws, NoFlagComesFromOutsideTheArrays) {
+  const double a[17] = {2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2, 2};
+  const double b[17] = {3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3, 3};
+  double r[17];
+  const std::vector<float> af(17, 2), bf(17, 3);
+  std::vector<float> rf(17);
+  for (int n = 0; n <= 17; ++n) {
+    EXPECT_EQ(flags_of([&] { __lumedLinearFrac(n, a, b, 1, 0, 1, -1, r); }), 0u) << n;
+    EXPECT_EQ(flags_of([&] { __lumesLinearFrac(n, af.data(), bf.data(), 1, 0, 1, -1, rf.data()); }), 0u) << n;
+  }
+}
+
 // The result does not depend on the caller's rounding mode, but for the functions whose business it is.
 TEST_F(Laws, KernelsRoundToNearest) {
   for_each_kernel([](const Function& f, int slot, auto type) {
@@ -341,6 +417,69 @@ TEST_F(Laws, DenormalFieldReachesAwareKernels) {
       EXPECT_EQ(same(of_zero, of_tiny), aware) << label(f, slot, "denormals are zero");
     }
   }
+}
+
+template <class T> T flushed(T v) { return std::fpclassify(v) == FP_SUBNORMAL ? std::copysign(T(0), v) : v; }
+
+// In all aware kernels and on all their routes: what a denormal gives is what a zero of its sign gives, and no result
+// is a denormal.
+TEST_F(Laws, TheFlushModeKnowsNoDenormals) {
+  __lumeSetMode(0x280000);
+  for_each_kernel([](const Function& f, int slot, auto type) {
+    using T = decltype(type);
+    using Limits = std::numeric_limits<T>;
+    const std::string& frame = f.frames[static_cast<size_t>(slot)];
+    if (frame != "aware" && frame != "rounding") return;
+    std::vector<T> values(std::begin(special_arguments<T>), std::end(special_arguments<T>));
+    for (T v : {Limits::denorm_min(), Limits::min() / 2, Limits::min() / 7, Limits::min() * T(1.25),
+                Limits::min() * T(1.75), Limits::min() * 3})
+      values.insert(values.end(), {v, -v});
+    const size_t count = values.size() * values.size();
+    Data<T> denormal(count), zero(count);
+    for (size_t i = 0; i < count; ++i) {
+      denormal.a[i] = values[i / values.size()], denormal.b[i] = values[i % values.size()];
+      zero.a[i] = flushed(denormal.a[i]), zero.b[i] = flushed(denormal.b[i]);
+    }
+    call_plain(f, f.plain[slot], zero.call());
+    for (T r : zero.r) EXPECT_NE(std::fpclassify(r), FP_SUBNORMAL) << label(f, slot, "result");
+    for (T q : zero.q) EXPECT_NE(std::fpclassify(q), FP_SUBNORMAL) << label(f, slot, "second result");
+    const std::vector<T> r = zero.r, q = zero.q;
+    Data<T> strided = denormal;
+    call_plain(f, f.plain[slot], denormal.call());
+    call_strided(f, f.strided[slot], strided.call());
+    zero = denormal, zero.r = r, zero.q = q;
+    expect_same(f, zero, denormal, label(f, slot, "denormals"));
+    expect_same(f, zero, strided, label(f, slot, "denormals, strided"));
+  });
+  __lumeSetMode(0x40000);
+}
+
+// A signaling NaN goes in, a quiet one comes out; but Abs, CopySign and Logb move bits.
+TEST_F(Laws, NaNsComeOutQuiet) {
+  for_each_kernel([](const Function& f, int slot, auto type) {
+    using T = decltype(type);
+    using Bits = std::conditional_t<sizeof(T) == 8, uint64_t, uint32_t>;
+    if (f.name == "Abs" || f.name == "CopySign" || f.name == "Logb") return;
+    const auto bits = [](T v) { return std::bit_cast<Bits>(v); };
+    const T infinity = std::numeric_limits<T>::infinity(), quiet = std::numeric_limits<T>::quiet_NaN();
+    const T signaling = std::bit_cast<T>(bits(infinity) | 5); // set as bits: a move through the x87 unit would quiet it
+    const Bits quiet_bit = bits(quiet) & ~bits(infinity);
+    for (auto [a, b] : {std::pair{signaling, T(1)},
+                        {T(1), signaling},
+                        {quiet, signaling},
+                        {signaling, quiet},
+                        {signaling, signaling},
+                        {infinity, signaling},
+                        {signaling, infinity}}) {
+      Data<T> d(37);
+      std::fill(d.a.begin(), d.a.end(), a);
+      std::fill(d.b.begin(), d.b.end(), b);
+      call_plain(f, f.plain[slot], d.call());
+      for (const std::vector<T>& results : {d.r, d.q})
+        for (T v : results)
+          EXPECT_TRUE(v == v || bits(v) & quiet_bit) << label(f, slot, "a signaling NaN for ") << a << ", " << b;
+    }
+  });
 }
 
 // ---- Reports ----
@@ -458,6 +597,67 @@ TEST_F(Laws, StridedReportsReadTheBaseArrays) {
     call_strided<double>(f, f.strided[slot], {5, a, a, r, r, 2, 2, 2, 2});
     EXPECT_TRUE(std::isnan(r[4])) << "the replacement went to r[2]";
   }
+  __lumeClearErrorCallBack();
+  __lumeSetMode(kept);
+}
+
+// Between the strides nothing is written unless a callback replaces a result: there another thread may be at work.
+TEST_F(Laws, ReportsLeaveWhatLiesBetweenTheStrides) {
+  const uint32_t kept = __lumeSetMode(0x281000); // flushing must not reach the floats in between either
+  for (const ErrorCallback callback : {ErrorCallback{nullptr}, collect})
+    for (uint32_t between : {0x7F800005u, 0x00000001u}) { // a signaling NaN, a denormal
+      const std::vector<float> a(40, -1.0f);
+      std::vector<uint32_t> r(40, between);
+      reports.clear();
+      __lumeSetErrorCallBack(callback);
+      __lumeSetMode(0x1000);
+      __lumesLnI(20, a.data(), 2, reinterpret_cast<float*>(r.data()), 2);
+      EXPECT_EQ(reports.size(), callback ? 20u : 0u);
+      for (size_t i = 1; i < 40; i += 2) EXPECT_EQ(r[i], between) << i;
+      for (size_t i = 0; i < 40; i += 2) EXPECT_TRUE(std::isnan(std::bit_cast<float>(r[i]))) << i;
+    }
+  __lumeClearErrorCallBack();
+  __lumeSetMode(kept | 0x40000);
+}
+
+// An element that goes wrong is reported once and leaves its neighbours alone, wherever in block or tail it stands.
+TEST_F(Laws, ASpecialArgumentMayStandAnywhere) {
+  const uint32_t kept = __lumeSetMode(0x1000);
+  __lumeSetErrorCallBack(collect);
+  for_each_kernel([](const Function& f, int slot, auto type) {
+    using T = decltype(type);
+    using Limits = std::numeric_limits<T>;
+    const size_t n = static_cast<size_t>(f.block[static_cast<size_t>(slot)]) + 7;
+    Data<T> ordinary(n);
+    for (size_t i = 0; i < n; ++i) ordinary.a[i] = T(1) + T(i) / 16, ordinary.b[i] = T(2) + T(i) / 32;
+    call_plain(f, f.plain[slot], ordinary.call());
+    for (T special : {T(0), -T(0), T(-1), Limits::max(), Limits::lowest(), Limits::infinity(), Limits::quiet_NaN(),
+                      Limits::denorm_min()})
+      for (size_t place = 0; place < n; ++place)
+        for (bool second : {false, true}) {
+          if (second && f.inputs() == 1) continue;
+          Data<T> expected = ordinary;
+          (second ? expected.b : expected.a)[place] = special;
+          Data<T> got = expected, strided = expected;
+          reports.clear();
+          call_plain<T>(f, f.plain[slot],
+                        {1, &expected.a[place], &expected.b[place], &expected.r[place], &expected.q[place]});
+          std::vector<Seen> of_one = reports;
+          for (bool with_stride : {false, true}) {
+            Data<T>& d = with_stride ? strided : got;
+            reports.clear();
+            if (with_stride)
+              call_strided(f, f.strided[slot], d.call());
+            else
+              call_plain(f, f.plain[slot], d.call());
+            expect_same(f, expected, d, label(f, slot, "one special argument"));
+            ASSERT_EQ(reports.size(), of_one.size()) << label(f, slot, "place ") << place << " of " << special;
+            if (of_one.empty()) continue;
+            EXPECT_EQ(reports[0].context.index, static_cast<int32_t>(place)) << label(f, slot, "place");
+            EXPECT_EQ(reports[0].context.code, of_one[0].context.code) << label(f, slot, "code");
+          }
+        }
+  });
   __lumeClearErrorCallBack();
   __lumeSetMode(kept);
 }

@@ -129,6 +129,29 @@ static TARN_INLINE float opaque(float v) {
   return v;
 }
 
+// v * 1, a multiplication that the compiler would drop: it quiets a NaN, and makes a denormal a zero while the mode
+// flushes. For results that no arithmetic has passed.
+static TARN_INLINE double canonical(double v) {
+  double one = 1;
+  asm("" : "+x"(one));
+  return v * one;
+}
+static TARN_INLINE float canonical(float v) {
+  float one = 1;
+  asm("" : "+x"(one));
+  return v * one;
+}
+static TARN_INLINE Double2 canonical(Double2 v) {
+  Double2 one = splat(1.0);
+  asm("" : "+x"(one));
+  return v * one;
+}
+static TARN_INLINE Float4 canonical(Float4 v) {
+  Float4 one = splat(1.0f);
+  asm("" : "+x"(one));
+  return v * one;
+}
+
 // Bit patterns of scalars.
 static TARN_INLINE uint64_t bits(double v) { return __builtin_bit_cast(uint64_t, v); }
 static TARN_INLINE uint32_t bits(float v) { return __builtin_bit_cast(uint32_t, v); }

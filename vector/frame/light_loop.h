@@ -1,5 +1,5 @@
 // The loop of functions without rare cases: results are brought to a 16-byte boundary first, then eight doubles or
-// sixteen floats a round. A formula gives  Vector fast(Vector x)  or  fast(Vector x, Vector y), and filler.
+// sixteen floats a round. A formula gives  Vector fast(Vector x)  or  fast(Vector x, Vector y).
 #pragma once
 
 #include "vector/frame/block_loop.h"
@@ -16,9 +16,8 @@ template <int B> struct LightLoop {
     int64_t i = 0;
     const auto one = [=](int64_t k) {
       Group<T> g;
-      g.a = splat((T)F::filler);
-      g.a[0] = x.a.get(k);
-      if constexpr (X::two_inputs) g.b = splat((T)F::filler), g.b[0] = x.b.get(k);
+      g.a = splat(x.a.get(k)); // in all lanes, so that none raises a flag of its own
+      if constexpr (X::two_inputs) g.b = splat(x.b.get(k));
       compute<F, X>(f, g);
       if constexpr (X::two_results) x.q.set(k, g.q[0]);
       x.r.set(k, g.r[0]);

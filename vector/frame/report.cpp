@@ -69,9 +69,14 @@ template <class T> void put_back(T* array, int32_t index, double re, double im) 
   memcpy(array + index, &v, sizeof v);
 }
 
-bool counts_as_one(double first, double second) {
-  return second == 0.0 || __builtin_bit_cast(uint64_t, first) == __builtin_bit_cast(uint64_t, second);
+bool same_bits(double x, double y) { return __builtin_bit_cast(uint64_t, x) == __builtin_bit_cast(uint64_t, y); }
+
+bool results_differ(const ErrorContext& x, const ErrorContext& y) {
+  return !same_bits(x.res1, y.res1) || !same_bits(x.res2, y.res2) || !same_bits(x.res1Im, y.res1Im) ||
+         !same_bits(x.res2Im, y.res2Im);
 }
+
+bool counts_as_one(double first, double second) { return second == 0.0 || same_bits(first, second); }
 
 // Messages with the values; the numbers of a row follow each other.
 void print_element(const ErrorContext& c) {
@@ -153,11 +158,14 @@ void report(int32_t code, int32_t index, const T* arg1, const T* arg2, T* res1, 
     put(context.res2, context.res2Im, element(res2, index));
   }
 
+  const ErrorContext told = context;
   if (mode & route_callback)
     if (const ErrorCallback callback = get_callback())
       if (callback(&context) != 0) return;
   if (mode & (route_ignore | route_errno | route_stderr | route_except | route_noerr)) run_routes(context, name);
-  if (has_element(code)) { // with one array for both results the first one wins
+  // Results that the callback left alone stay untouched in memory: a strided kernel's number names another element,
+  // which a second thread may own, and a float would not survive the way through double as a signaling NaN.
+  if (has_element(code) && results_differ(told, context)) { // with one array for both results the first one wins
     put_back(res2, index, context.res2, context.res2Im);
     put_back(res1, index, context.res1, context.res1Im);
   }

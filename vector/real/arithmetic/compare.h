@@ -30,15 +30,15 @@ template <class T, Wanted wanted, bool by_magnitude> struct Choice {
     const VectorOf<T> ma = magnitude(a), mb = magnitude(b);
     const auto first = wanted == Wanted::greater ? ma > mb : ma < mb;
     const auto second = wanted == Wanted::greater ? ma < mb : ma > mb;
-    return select(first, a, select(second, b, value));
+    return canonical(select(first, a, select(second, b, value)));
   }
   static TARN_INLINE Int4 gate(Int4 a, Int4 b) { return not_finite(a, b, exponent_field<T>); }
   static __attribute__((noinline, cold)) int rare(const T* pa, const T* pb, T* r) {
     const T a = *pa, b = *pb;
     if (a != a)
-      *r = b * 1; // the number, or the second NaN
+      *r = canonical(b); // the number, or the second NaN
     else if (b != b)
-      *r = a;
+      *r = canonical(a);
     else
       *r = fast(splat(a), splat(b))[0];
     return 0;

@@ -7,32 +7,28 @@
 
 namespace tarn::TARN_ISA {
 
-template <class T> struct Light { static constexpr T filler = 1; };
-
-template <class T> struct Add : Light<T> {
+template <class T> struct Add {
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> a, VectorOf<T> b) { return a + b; }
 };
-template <class T> struct Sub : Light<T> {
+template <class T> struct Sub {
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> a, VectorOf<T> b) { return a - b; }
 };
-template <class T> struct Mul : Light<T> {
+template <class T> struct Mul {
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> a, VectorOf<T> b) { return a * b; }
 };
-template <class T> struct Sqr : Light<T> {
+template <class T> struct Sqr {
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> x) { return x * x; }
 };
-template <class T> struct Abs : Light<T> {
+template <class T> struct Abs {
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> x) { return magnitude(x); }
 };
-template <class T> struct CopySign : Light<T> {
+template <class T> struct CopySign {
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> a, VectorOf<T> b) { return with_sign_of(a, b); }
 };
-// a - b where a is the greater, else +0; a NaN for a NaN, the first argument's before the second's.
-template <class T> struct Fdim : Light<T> {
-  static TARN_INLINE VectorOf<T> fast(VectorOf<T> a, VectorOf<T> b) {
-    const VectorOf<T> difference = select(a > b, a - b, VectorOf<T>{});
-    return select(a != a, a * (T)1, select(b != b, b * (T)1, difference));
-  }
+// a - b where a is the greater, else +0. With a NaN neither is: the difference is that NaN, the first argument's before
+// the second's.
+template <class T> struct Fdim {
+  static TARN_INLINE VectorOf<T> fast(VectorOf<T> a, VectorOf<T> b) { return select(a <= b, VectorOf<T>{}, a - b); }
 };
 
 using dAdd_HA = Add<double>;

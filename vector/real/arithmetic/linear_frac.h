@@ -13,7 +13,6 @@ template <class T> struct LinearFrac {
 
   // The quotient with the terms that there are.
   template <bool has_a, bool has_b> struct Terms {
-    static constexpr T filler = 1;
     T scalea, shifta, scaleb, shiftb;
     TARN_INLINE VectorOf<T> fast(VectorOf<T> a, VectorOf<T> b) const {
       VectorOf<T> numerator = splat(shifta), denominator = splat(shiftb);

@@ -136,7 +136,9 @@ template <Quotient quotient> struct dModulus {
     return (ma < low) | (ma > high - 1) | (mb < low) | (mb > infinite - 1) | (gap > modulus_exponent_gap << 20);
   }
   static __attribute__((noinline, cold)) int rare(const double* a, const double* b, double* r) {
-    return quotient == Quotient::truncated ? fmod_rare(*a, *b, r) : remainder_rare(*a, *b, r);
+    const int status = quotient == Quotient::truncated ? fmod_rare(*a, *b, r) : remainder_rare(*a, *b, r);
+    *r = canonical(*r);
+    return status;
   }
 };
 using dFmod_HA = dModulus<Quotient::truncated>;

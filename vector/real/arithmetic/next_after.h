@@ -31,15 +31,15 @@ template <class T> struct NextAfter {
       return 0;
     }
     if (a == b) {
-      *r = b;
+      *r = canonical(b);
       return 0;
     }
     if (a == 0) {
-      *r = from_bits((Bits)((bits(b) & sign) | 1));
+      *r = canonical(from_bits((Bits)((bits(b) & sign) | 1)));
       return 4;
     }
     const Bits moved = (a < 0) == (a > b) ? bits(a) + 1 : bits(a) - 1;
-    *r = from_bits(moved);
+    *r = canonical(from_bits(moved));
     const T m = from_bits((Bits)(moved & ~sign));
     if (m == (T)__builtin_inf()) return 3;
     return (moved & ~sign) >> (sizeof(T) == 8 ? 52 : 23) == 0 ? 4 : 0;

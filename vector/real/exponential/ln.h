@@ -178,7 +178,7 @@ struct dLn_EP {
     double result;
     int32_t status = 0;
     if ((pattern & 0x7FF0000000000000) == 0x7FF0000000000000 && pattern != 0xFFF0000000000000) {
-      result = v * 1.0; // +infinity, NaN
+      result = canonical(v); // +infinity, NaN
     } else if ((pattern & 0x7FFFFFFFFFFFFFFF) == 0) {
       result = from_bits((uint64_t)0xFFF0000000000000);
       status = 2;

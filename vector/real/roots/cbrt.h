@@ -84,7 +84,7 @@ template <Root root, bool two_parts> struct dCubeRoot {
   static __attribute__((noinline, cold)) int rare(const double* px, double* r) {
     const double x = *px;
     if (x == 0) {
-      *r = root == Root::cube ? x * 1.0 : 1.0 / x;
+      *r = root == Root::cube ? canonical(x) : 1.0 / x;
       return root == Root::cube ? 0 : 2;
     }
     if (!(from_bits(bits(x) & 0x7FFFFFFFFFFFFFFF) < __builtin_inf()))
@@ -172,7 +172,7 @@ template <Root root, Precision precision> struct sCubeRoot {
   static __attribute__((noinline, cold)) int rare(const float* px, float* r) {
     const float x = *px;
     if (x == 0) {
-      *r = cube ? x * 1.0f : 1.0f / x;
+      *r = cube ? canonical(x) : 1.0f / x;
       return cube ? 0 : 2;
     }
     if (!(from_bits(bits(x) & 0x7FFFFFFF) < __builtin_inff()))

@@ -64,7 +64,7 @@ template <class T> static inline int root_of_nonpositive(T x, T* r, T of_zero, i
 
 __attribute__((noinline, cold)) inline int vdsqrt_cout_rare(const double* a, double* r) {
   double x = *a;
-  if (x <= 0) return root_of_nonpositive(x, r, x, 0);
+  if (x <= 0) return root_of_nonpositive(x, r, canonical(x), 0);
   if (!(x < __builtin_inf())) {
     *r = x * x;
     return 0;
@@ -179,7 +179,7 @@ TARN_CLAIM(dInvSqrt, LA, 1.6, 0, 1.8e308)
 
 __attribute__((noinline, cold)) inline int vssqrt_cout_rare(const float* a, float* r) {
   const float x = *a;
-  if (x <= 0) return root_of_nonpositive(x, r, x, 0);
+  if (x <= 0) return root_of_nonpositive(x, r, canonical(x), 0);
   *r = x < __builtin_inff() ? _mm_cvtss_f32(_mm_sqrt_ss(_mm_set_ss(x))) : x * x;
   return 0;
 }

@@ -13,14 +13,12 @@ template <class T> static TARN_INLINE Parts<T> split(VectorOf<T> x) {
 }
 
 template <class T> struct Frac {
-  static constexpr T filler = 1;
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> x) { return split<T>(x).fraction; }
 };
 using dFrac_HA = Frac<double>;
 using sFrac_HA = Frac<float>;
 
 template <class T> struct Modf {
-  static constexpr T filler = 1;
   static TARN_INLINE void fast(VectorOf<T> x, VectorOf<T>& integral, VectorOf<T>& fraction) {
     const Parts<T> parts = split<T>(x);
     integral = parts.integral;

@@ -11,7 +11,6 @@ template <int immediate> static TARN_INLINE Double2 rounded(Double2 x) { return 
 template <int immediate> static TARN_INLINE Float4 rounded(Float4 x) { return _mm_round_ps(x, immediate); }
 
 template <class T, int immediate> struct Rounded {
-  static constexpr T filler = 1; // an integer: rounding it raises no flag
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> x) { return rounded<immediate>(x); }
 };
 constexpr int to_nearest = 0, down = 1, up = 2, toward_zero = 3;
@@ -30,7 +29,6 @@ using sNearbyInt_HA = Rounded<float, as_mxcsr_says_silently>;
 
 // Half away from zero: the even neighbour is moved up where it lies exactly one half below.
 template <class T> struct HalfAway {
-  static constexpr T filler = 1;
   static TARN_INLINE VectorOf<T> fast(VectorOf<T> x) {
     const VectorOf<T> m = magnitude(x);
     const VectorOf<T> q = rounded<to_nearest>(m);
