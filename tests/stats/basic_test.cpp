@@ -363,6 +363,37 @@ TYPED_TEST(Basic, ThreadsAndBlocks) {
   }
 }
 
+// Sums of many observations keep their digits at any width. Equal elements round all one way, which is the worst case:
+// half a unit for each addition of a block and for each block.
+TYPED_TEST(Basic, LongSumsOfAnyWidth) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  const int64_t n = 1 << 16;
+  const Long allowed = (1024 + 256) / 2 * Long(std::numeric_limits<Real>::epsilon());
+  for (int64_t p : {3, 32, 35}) {
+    Dataset<Real> set = {n, p, false, std::vector<Real>(n * p), {}, {}};
+    for (int64_t at = 0; at < n * p; ++at) set.data[at] = Real(0.1) + Real(0.01) * Real(at % p);
+    for (uint64_t method : {Fast, OnePass, UserMean}) {
+      TaskOf<Real, Int> task(set);
+      Results<Real, Int> results(p);
+      results.attach(task, 0xFFFFF);
+      std::vector<Real> zeros(p);
+      if (method == UserMean) task.set_real(7, zeros.data());
+      ASSERT_EQ(Api<Real>::basic(task.task, 0x40000006, method, nullptr), 0); // raw moments, central sum 3
+      for (int64_t j = 0; j < p; ++j) {
+        const Long x = set.at(j, 0);
+        if (method == UserMean) { // about zero
+          ASSERT_NEAR(results.of[CentralSum3][j] / (x * x * x * n), 1, allowed) << p;
+        } else {
+          ASSERT_NEAR(results.of[Mean][j] / x, 1, allowed) << p << " method " << method;
+        }
+        ASSERT_NEAR(results.of[Raw2][j] / (x * x), 1, allowed) << p << " method " << method;
+        ASSERT_NEAR(results.of[Raw3][j] / (x * x * x), 1, allowed) << p << " method " << method;
+      }
+    }
+  }
+}
+
 TYPED_TEST(Basic, ThreadCounts) {
   using Real = typename TypeParam::Real;
   using Int = typename TypeParam::Int;
