@@ -658,6 +658,20 @@ TEST(BasicOnePass, LargeValuesDoNotOverflowTheMean) {
   }
 }
 
+// The square of the mean is beyond the range of the type, the deviations are zero.
+TEST(BasicOnePass, CentralMomentsOfLargeEqualValues) {
+  for (bool by_rows : {true, false}) {
+    Dataset<double> set = random_dataset<double>(3000, 2, by_rows, Weights::none, false, 5);
+    for (double& x : set.data) x = 0x1p600;
+    TaskOf<double, int32_t> task(set);
+    Results<double, int32_t> results(2);
+    results.attach(task, 0xFFFFF);
+    ASSERT_EQ(_kestdSSBasic(task.task, 0x70, OnePass, nullptr), 0);
+    for (int e : {Central2, Central3, Central4})
+      for (double c : results.of[e]) EXPECT_EQ(c, 0) << "estimate " << e;
+  }
+}
+
 TEST(BasicOnePass, InfiniteAndUndefinedObservations) {
   Dataset<double> set = random_dataset<double>(3000, 3, false, Weights::none, false, 5);
   set.data[1500 * 3 + 1] = std::numeric_limits<double>::infinity();
