@@ -363,6 +363,42 @@ TYPED_TEST(Basic, ThreadsAndBlocks) {
   }
 }
 
+// A variable that does not vary in the first block has no correlations there; later ones count in full.
+TYPED_TEST(Basic, CorrelationGoesOnFromAConstantVariable) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  for (Real constant : {Real(0), Real(1), Real(0.7)}) {
+    for (bool by_rows : {true, false}) {
+      Dataset<Real> set = random_dataset<Real>(80, 4, by_rows, Weights::none, false, 9);
+      for (int64_t i = 0; i < 40; ++i)
+        for (int64_t j : {1, 3}) set.data[by_rows ? j * set.n + i : i * set.p + j] = constant;
+      for (uint64_t method : {Fast, OnePass})
+        for (int shift = 0; shift < 3; ++shift)
+          run<Real, Int>(set, Reference(set, method, {}), method, 0x2000, 2, 1, {}, shift, false);
+      if (this->HasFatalFailure()) return;
+    }
+  }
+}
+
+// Variances of which neither a product nor a cube is within the range of the type.
+TYPED_TEST(Basic, RatiosOfLargeAndSmallData) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  const int exponent = sizeof(Real) == 8 ? 260 : 33;
+  for (int sign : {1, -1}) {
+    Dataset<Real> set = random_dataset<Real>(300, 3, false, Weights::none, false, 21);
+    for (Real& x : set.data) x = std::ldexp(x, sign * exponent);
+    for (uint64_t method : {Fast, OnePass}) {
+      const Reference reference(set, method, {});
+      for (int blocks : {1, 3}) {
+        run<Real, Int>(set, reference, method, 0x100, blocks, 1, {}, 0, false);
+        run<Real, Int>(set, reference, method, 0x2000, blocks, 1, {}, 0, false);
+      }
+      if (this->HasFatalFailure()) return;
+    }
+  }
+}
+
 // Sums of many observations keep their digits at any width. Equal elements round all one way, which is the worst case:
 // half a unit for each addition of a block and for each block.
 TYPED_TEST(Basic, LongSumsOfAnyWidth) {
@@ -640,6 +676,33 @@ TYPED_TEST(Basic, OneObservationHasNoVariance) {
     task.turn_to(rest);
     ASSERT_EQ(Api<Real>::basic(task.task, estimates, method, pthread_threader()), 0);
     results.expect(Reference(set, method, std::vector<Real>()), set, demand_of(estimates, method), "after one");
+  }
+}
+
+// About a caller's mean one observation has a sum of squares, but no finite variance to carry it.
+TYPED_TEST(Basic, OneObservationAboutACallersMean) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  const Dataset<Real> set = random_dataset<Real>(50, 2, true, Weights::none, false, 5);
+  const Dataset<Real> parts[] = {set.part(0, 1), set.part(1, 50)};
+  std::vector<Real> mean = rough_mean(set);
+  for (uint64_t estimates : {0x120001010ull, 0x1010ull, 0x2010ull}) {
+    TaskOf<Real, Int> task(set);
+    Results<Real, Int> results(2);
+    const uint32_t demand = demand_of(estimates, UserMean);
+    results.attach(task, demand);
+    task.set_real(7, mean.data());
+    for (const Dataset<Real>& part : parts) {
+      task.turn_to(part);
+      ASSERT_EQ(Api<Real>::basic(task.task, estimates, UserMean, nullptr), 0);
+    }
+    if (demand >> CentralSum2 & 1) {
+      results.of[Mean] = mean;
+      results.expect(Reference(set, UserMean, mean), set, demand, "sums go on");
+      continue;
+    }
+    EXPECT_TRUE(std::isnan(results.of[Central2][0]));
+    EXPECT_TRUE(std::isnan(results.of[demand >> Covariance & 1 ? Covariance : Correlation][0]));
   }
 }
 
