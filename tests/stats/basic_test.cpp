@@ -363,6 +363,49 @@ TYPED_TEST(Basic, ThreadsAndBlocks) {
   }
 }
 
+// Every width near those at which the kernels change (vectors of variables, groups of them, tiles, the limit of the
+// tiles, wide observations, column panels), with threads that use tiles at all widths. The two integer widths share them.
+TYPED_TEST(Basic, EveryWidth) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  std::vector<int64_t> widths = {63, 64, 65, 129};
+  for (int64_t p = sizeof(Int) == 8 ? 2 : 3; p <= 40; p += 2) widths.push_back(p);
+  for (int64_t p : widths) {
+    for (bool by_rows : {true, false}) {
+      const Weights kind = (p / 2 + by_rows) % 2 != 0 ? Weights::none : Weights::with_zeros;
+      const int64_t n = p < 40 ? 250 + p % 19 : 150;
+      const Dataset<Real> set = random_dataset<Real>(n, p, by_rows, kind, p % 5 == 0, 31 + p);
+      const std::vector<Real> mean = rough_mean(set);
+      for (uint64_t method : {Fast, OnePass, UserMean}) {
+        const Reference reference(set, method, mean);
+        for (int threads : {1, 3}) run<Real, Int>(set, reference, method, 0x1FE0033FF, 1, threads, mean, int(p), false);
+        if (this->HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
+// Every short length, and those beside the edges of blocks.
+TYPED_TEST(Basic, EveryLength) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  std::vector<int64_t> lengths;
+  for (int64_t n = 2; n <= 70; ++n) lengths.push_back(n);
+  for (int64_t edge : {128, 256, 512, 1024, 2048})
+    for (int64_t n : {edge - 1, edge, edge + 1, edge + 2}) lengths.push_back(n);
+  for (int64_t n : lengths) {
+    for (bool by_rows : {true, false}) {
+      const int64_t p = n % 2 == 0 ? 3 : 9;
+      const Dataset<Real> set =
+          random_dataset<Real>(n, p, by_rows, n % 3 == 0 ? Weights::positive : Weights::none, false, 77 + n);
+      const std::vector<Real> mean = rough_mean(set);
+      for (uint64_t method : {Fast, OnePass, UserMean}) // two observations leave nothing of ratios: a block of its own
+        run<Real, Int>(set, Reference(set, method, mean), method, 0x1FE00107F, n < 4 ? 1 : 2, 1, mean, int(n), false);
+      if (this->HasFatalFailure()) return;
+    }
+  }
+}
+
 // A variable that does not vary in the first block has no correlations there; later ones count in full.
 TYPED_TEST(Basic, CorrelationGoesOnFromAConstantVariable) {
   using Real = typename TypeParam::Real;
