@@ -21,7 +21,7 @@ template <class Real> struct Run {
   bool cross_per_thread; // one for each thread; else the kernels leave it alone and the entry does it in one piece
 
   Real* workspace;  // all that is allocated, in one block
-  Real* saved_mean; // room for the caller's mean, where the task has none yet
+  Real* saved_mean; // room for the caller's mean, which the task keeps
   Accumulator<Real>* accumulators;
   State<Real> state; // thread 0
   Real* matrix;      // thread 0
@@ -165,7 +165,7 @@ template <class Real> int32_t set_up(Run<Real>& run, const tarn_threader* thread
   lay_out(run, {nullptr, 0}, total);
   run.workspace = allocate<Real>(total);
   if (!run.workspace) return TARN_SS_ERROR_ALLOCATION;
-  if (two_pass(run) && run.task->mean && !run.task->saved_mean) {
+  if (two_pass(run) && run.task->mean) { // anew each time: the dimension may have grown since the last call
     run.saved_mean = allocate<Real>(run.p);
     if (!run.saved_mean) return TARN_SS_ERROR_ALLOCATION;
   }
@@ -350,7 +350,8 @@ template <class Real> void finish_matrix(const Run<Real>& run) {
 
 template <class Real> void keep_callers_mean(const Run<Real>& run) {
   if (!two_pass(run) || !run.task->mean) return;
-  if (!run.task->saved_mean) run.task->saved_mean = run.saved_mean;
+  if (run.task->saved_mean) tarn_serv_deallocate(run.task->saved_mean);
+  run.task->saved_mean = run.saved_mean;
   __builtin_memcpy(run.task->saved_mean, run.task->mean, static_cast<uint64_t>(run.p) * sizeof(Real));
 }
 

@@ -722,6 +722,32 @@ TYPED_TEST(Basic, OneObservationHasNoVariance) {
   }
 }
 
+// A task that turns from one data set to a wider one keeps the means of both, one after the other.
+TYPED_TEST(Basic, DimensionMayGrow) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  const Dataset<Real> narrow = random_dataset<Real>(30, 1, false, Weights::none, false, 5);
+  TaskOf<Real, Int> task(narrow);
+  for (int64_t p : {1, 300, 7}) {
+    const Dataset<Real> set = random_dataset<Real>(60, p, false, Weights::none, false, 5);
+    const Dataset<Real> parts[] = {set.part(0, 20), set.part(20, 60)};
+    std::vector<Real> mean = rough_mean(set);
+    Results<Real, Int> results(p);
+    results.attach(task, demand_of(0x1000, UserMean)); // with sums of weights that start afresh
+    task.set_real(7, mean.data());
+    task.p = Int(p);
+    for (const Dataset<Real>& part : parts) {
+      task.turn_to(part);
+      ASSERT_EQ(Api<Real>::basic(task.task, 0x1000, UserMean, nullptr), 0);
+    }
+    const SSTask* record = task.record();
+    const Real* saved = static_cast<const Real*>(record->saved_mean);
+    ASSERT_EQ(std::vector<Real>(saved, saved + p), mean);
+    results.of[Mean] = mean;
+    results.expect(Reference(set, UserMean, mean), set, demand_of(0x1000, UserMean), "wider");
+  }
+}
+
 // About a caller's mean one observation has a sum of squares, but no finite variance to carry it.
 TYPED_TEST(Basic, OneObservationAboutACallersMean) {
   using Real = typename TypeParam::Real;
