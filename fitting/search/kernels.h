@@ -261,23 +261,19 @@ template <class Real, class Index> Index refined(const SearchRun<Real>& run, Rea
 
 template <class Real, class Cell, class Index, bool UniformPartition>
 int32_t search_user_defined(SearchRun<Real>& run, int64_t count, const Real* site, Cell* cell) {
-  constexpr int64_t most = 1024; // sites for one call of the call-back
-  for (int64_t from = 0; from < count; from += most) {
-    const int64_t batch = minimum(most, count - from);
-    const Real* t = site + from;
-    int64_t guesses[most];
-    int32_t final[most];
-    // What a call-back leaves unwritten is a guess of 0.
-    __builtin_memset(guesses, 0, static_cast<size_t>(batch) * sizeof(int64_t));
-    __builtin_memset(final, 0, static_cast<size_t>(batch) * sizeof(int32_t));
-    const int32_t answer = run.search.call(&batch, t, guesses, final, run.search.parameter);
-    if (answer < 0) return answer;
-    for (int64_t i = 0; i < batch; ++i) {
-      int64_t found = guesses[i];
-      if (answer != TARN_DF_CELLS_ARE_FINAL && final[i] == 0)
-        found = UniformPartition ? uniform_cell(run, t[i]) : refined<Real, Index>(run, t[i], found);
-      cell[from + i] = static_cast<Cell>(found);
-    }
+  constexpr int64_t most = 1024; // sites of a batch; all callers keep below it
+  int64_t guesses[most];
+  int32_t final[most];
+  // What a call-back leaves unwritten is a guess of 0.
+  __builtin_memset(guesses, 0, static_cast<size_t>(count) * sizeof(int64_t));
+  __builtin_memset(final, 0, static_cast<size_t>(count) * sizeof(int32_t));
+  const int32_t answer = run.search.call(&count, site, guesses, final, run.search.parameter);
+  if (answer < 0) return answer;
+  for (int64_t i = 0; i < count; ++i) {
+    int64_t found = guesses[i];
+    if (answer != TARN_DF_CELLS_ARE_FINAL && final[i] == 0)
+      found = UniformPartition ? uniform_cell(run, site[i]) : refined<Real, Index>(run, site[i], found);
+    cell[i] = static_cast<Cell>(found);
   }
   return 0;
 }

@@ -374,6 +374,13 @@ TYPED_TEST(Interpolate, LookUp) {
       EXPECT_EQ(status({std::numeric_limits<Real>::quiet_NaN()}, {1}), -1022);
       const int64_t none = 0; // a cell of 0 in either width
       EXPECT_EQ(status({points[3]}, {1}, 4, const_cast<int64_t*>(&none)), -1022);
+      // With a cell of the caller's: its own two points, and of stored ones the last point of all.
+      const int64_t fifth = 5;
+      int64_t* const cell = const_cast<int64_t*>(&fifth);
+      EXPECT_EQ(status({spline.point(4)}, {1}, 4, cell), 0);
+      EXPECT_EQ(status({spline.point(5)}, {1}, 4, cell), 0);
+      for (const int64_t i : {3, 6, 38}) EXPECT_EQ(status({spline.point(i)}, {1}, 4, cell), -1022);
+      EXPECT_EQ(status({spline.point(39)}, {1}, 4, cell), x_hint == 4 ? -1022 : 0);
       // To a tolerance where the points are not stored.
       const Real near = points[3] + Real(std::ldexp(1.0, -41)), far = points[3] + Real(std::ldexp(1.0, -39));
       if (near != points[3]) {

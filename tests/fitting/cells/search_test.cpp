@@ -451,6 +451,35 @@ TYPED_TEST(Search, NamedEdgeCases) {
   EXPECT_EQ(Api<Real>::search(nullptr, 0, 1, x.data(), 0, nullptr, nullptr, nullptr, nullptr, nullptr), -1000);
 }
 
+// Sites said to be sorted that are not, here and there: the cursor never goes back.
+TYPED_TEST(Search, SortedSitesThatFall) {
+  using Real = typename TypeParam::Real;
+  std::mt19937_64 random(31);
+  std::uniform_real_distribution<double> unit(0, 1);
+  for (const size_t points : {10u, 100u, 1000u}) {
+    std::vector<Real> x(points);
+    for (Real& v : x) v = Real(unit(random));
+    std::sort(x.begin(), x.end());
+    FittingTask<Real> task(x, 1, this->wide);
+    for (int turn = 0; turn < 200; ++turn) {
+      std::vector<Real> sites(1 + random() % 300);
+      for (Real& t : sites) t = Real(1.1 * unit(random));
+      std::sort(sites.begin(), sites.end());
+      for (size_t swaps = 1 + random() % 3; swaps-- > 0;) std::swap(sites[random() % sites.size()], sites.back());
+      const auto cell = this->cells(task, sites, {.hint = 64});
+      size_t cursor = 0;
+      for (size_t i = 0; i < sites.size(); ++i) {
+        if (sites[i] == x.back()) {
+          cursor = points - 1;
+        } else {
+          while (cursor < points && !(x[cursor] > sites[i])) ++cursor;
+        }
+        ASSERT_EQ(int64_t(cell[i]), int64_t(cursor)) << points << " points, site " << i << " of " << sites.size();
+      }
+    }
+  }
+}
+
 TYPED_TEST(Search, EquallySpacedSites) {
   using Real = typename TypeParam::Real;
   std::vector<Real> x(50);
