@@ -176,7 +176,7 @@ void add_sums(const KernelArguments<Real>& a) {
   Accumulator<Real>& total = *a.accumulator;
   if (total.W > 0) scale(a, Raw, total.W);
   const SumArrays<Real> sums = block_sums(a);
-  const int64_t length = moment_block<Real>(a.p, Columns);
+  const int64_t length = moment_block<Real>(a.p, Columns && a.p < wide); // wide observations are read only once
   for (int64_t i = a.first; i < a.end; i += length) {
     const Block<Real> block = block_at(a, Columns, i, minimum(length, a.end - i));
     for (int k = 0; k < order_count; ++k) {
