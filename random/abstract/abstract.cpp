@@ -1,8 +1,6 @@
 // Abstract streams: numbers from a caller's circular buffer, which the caller's function renews.
 #include "random/streams/stream.h"
 
-#include <string.h>
-
 using namespace tarn::random;
 
 namespace {
@@ -41,10 +39,21 @@ template <class State> int32_t make(tarn_stream** out, const State& state) {
   return table[row].InitStream(kSeed, *out, 1, &state);
 }
 
-// The argument block of method 0 is the state itself.
+// The argument block of method 0 is a state. It is copied field by field: its padding is whatever stood there, and the
+// whole record goes into images.
 template <class State> int32_t init(int32_t method, tarn_stream* stream, const void* params) {
   if (method != kSeed) return no_such_method(method);
-  memcpy(static_cast<void*>(stream + 1), params, sizeof(State));
+  const State& from = *static_cast<const State*>(params);
+  State& to = state_of<State>(stream);
+  to.n = from.n;
+  to.idx = from.idx;
+  to.used = from.used;
+  if constexpr (!__is_same(State, WordState)) {
+    to.a = from.a;
+    to.b = from.b;
+  }
+  to.buffer = from.buffer;
+  to.update = from.update;
   return TARN_RANDOM_OK;
 }
 

@@ -23,10 +23,13 @@ template <class Element, class Of> constexpr Table<Element> make(Of of) {
   return table;
 }
 
-// The array of the public header by its linkage name: a table that is computed has to be wrapped in a record.
-extern __attribute__((visibility("default"))) const Table<uint8_t> wh_a asm("__kest_WH_A");
-extern __attribute__((visibility("default"))) const Table<uint32_t> wh_m asm("__kest_WH_M");
-extern __attribute__((visibility("default"))) const Table<double> wh_inverse asm("__kestdWH_IM_Tab");
+// The arrays of the public header by their linkage names: a table that is computed has to be wrapped in a record. The
+// record is aligned as the array would be, for callers may rely on it: the x86-64 ABI aligns arrays of 16 bytes and more
+// at 16.
+#define EXPORTED extern __attribute__((visibility("default"), aligned(16)))
+EXPORTED const Table<uint8_t> wh_a asm("__kest_WH_A");
+EXPORTED const Table<uint32_t> wh_m asm("__kest_WH_M");
+EXPORTED const Table<double> wh_inverse asm("__kestdWH_IM_Tab");
 constexpr Table<uint8_t> wh_a = make<uint8_t>([](const Member& w, int i) { return w.a[i]; });
 constexpr Table<uint32_t> wh_m = make<uint32_t>([](const Member& w, int i) { return w.m[i]; });
 constexpr Table<double> wh_inverse = make<double>([](const Member& w, int i) { return 1.0 / w.m[i]; });

@@ -35,7 +35,7 @@ double to_double(uint64_t v) {
 // put(k, word): two words from each 64-bit value, low half first, and a 32-bit read for an odd last one.
 template <class Put> int32_t words(const State& state, int32_t n, Put put) {
   int32_t k = 0;
-  for (; k + 2 <= n; k += 2) {
+  for (; n - k >= 2; k += 2) { // k + 2 would overflow at the largest n
     unsigned long long value;
     if (!read(state, value)) return TARN_RANDOM_HARDWARE_RANDOM_FAILED;
     put(k, static_cast<uint32_t>(value));

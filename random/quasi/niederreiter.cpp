@@ -38,9 +38,10 @@ static_assert(kPolynomials.mask[11] == 55 && kPolynomials.mask[kBuiltIn - 1] == 
 using State = PointRecord<kBuiltIn, kRowWords>;
 static_assert(sizeof(tarn_stream) + sizeof(State) <= 84288);
 
-// A stream of more coordinates has its rows in a chunk. Its point stays in the record as long as there is room;
-// otherwise it follows the rows.
-constexpr int64_t kPointRoom = (84288 - sizeof(tarn_stream) - sizeof(PointState)) / sizeof(uint32_t);
+// A stream of more coordinates has its rows in a chunk. Its point stays in the record as long as it is among the words
+// that a copy of the state takes along; otherwise it follows the rows, so that it is copied with them.
+constexpr int64_t kCopiedWords = 10498;
+constexpr int64_t kPointRoom = kCopiedWords - sizeof(PointState) / sizeof(uint32_t);
 
 Points points_of(tarn_stream* stream) {
   State& s = state_of<State>(stream);

@@ -28,8 +28,10 @@ constexpr PowerTable make_table() {
   return table;
 }
 
-// The array of the public header by its linkage name: a table that is computed has to be wrapped in a record.
-extern __attribute__((visibility("default"))) const PowerTable skipahead_table asm("__kest_mrg32k3a_skipahead_table");
+// The array of the public header by its linkage name: a table that is computed has to be wrapped in a record, and that
+// aligned as the x86-64 ABI aligns an array of its size.
+extern __attribute__((visibility("default"), aligned(16)))
+const PowerTable skipahead_table asm("__kest_mrg32k3a_skipahead_table");
 constexpr PowerTable skipahead_table = make_table();
 
 }

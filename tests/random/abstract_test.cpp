@@ -80,6 +80,33 @@ TEST_F(Abstract, RecordLayout) {
   EXPECT_EQ(buffer, d4);
 }
 
+// The bytes of a record between its fields go into images; they must not be what the stack held.
+[[gnu::noinline]] void fill_stack() {
+  volatile unsigned char block[16384];
+  for (volatile unsigned char& byte : block) byte = 0xA5;
+}
+
+TEST_F(Abstract, RecordsHaveNoBytesOfTheStack) {
+  uint32_t w[4];
+  double d[4];
+  float s[4];
+  tarn_stream* out[3];
+  fill_stack();
+  ASSERT_EQ(__kestiNewAbstractStream(&out[0], 4, w, update<uint32_t>), 0);
+  fill_stack();
+  ASSERT_EQ(__kestdNewAbstractStream(&out[1], 4, d, 0, 1, update<double>), 0);
+  fill_stack();
+  ASSERT_EQ(__kestsNewAbstractStream(&out[2], 4, s, 0, 1, update<float>), 0);
+  const int between[] = {28, 28, 36};
+  for (int k = 0; k < 3; k++) {
+    StreamPtr stream(out[k]);
+    std::vector<unsigned char> image(static_cast<size_t>(__kestGetStreamSize(out[k])));
+    ASSERT_EQ(__kestSaveStreamM(out[k], image.data()), 0);
+    const auto at = image.begin() + 4 + between[k]; // an image's header is 4 bytes longer than a record's
+    EXPECT_EQ(std::vector<unsigned char>(at, at + 4), std::vector<unsigned char>(4)) << k;
+  }
+}
+
 TEST_F(Abstract, RenewsAndWraps) {
   uint32_t buffer[5];
   tarn_stream* out;
@@ -99,6 +126,36 @@ TEST_F(Abstract, RenewsAndWraps) {
   auto other = copy(stream); // shares the buffer, with its own place in it
   EXPECT_EQ(words(stream, 1), counting(26, 1));
   EXPECT_EQ(words(other, 1), counting(28, 1)); // it finds its buffer used up as well
+}
+
+// Renewals of any size, of less than was asked for too, never let an old number through.
+TEST_F(Abstract, RenewalsOfAnySize) {
+  static std::vector<uint32_t> buffer;
+  static uint32_t given, random;
+  static const auto below = [](uint32_t n) { return (random = random * 1664525 + 1013904223, (random >> 8) % n); };
+  random = 1;
+  const tarn_i_update renew = [](tarn_stream*, int32_t* n, uint32_t* r, int32_t* nmin, int32_t* nmax, int32_t* idx) {
+    const auto most = static_cast<uint32_t>(*nmax);
+    EXPECT_TRUE(*nmin >= 1 && *nmin <= *nmax && *nmax <= *n);
+    const uint32_t count = 1 + below(most), length = static_cast<uint32_t>(*n);
+    for (uint32_t k = 0; k < most; k++)
+      r[(static_cast<uint32_t>(*idx) + k) % length] = k < count ? given++ : 0xFFFFFFFF; // what is not new is spoilt
+    *n = *nmin = *nmax = *idx = -1;                                                     // these are the function's own
+    return static_cast<int32_t>(count);
+  };
+  for (uint32_t length : {1u, 2u, 3u, 7u, 64u, 65u}) {
+    buffer.assign(length, 0xFFFFFFFF);
+    given = 0;
+    tarn_stream* out;
+    ASSERT_EQ(__kestiNewAbstractStream(&out, static_cast<int32_t>(length), buffer.data(), renew), 0);
+    StreamPtr stream(out);
+    for (uint32_t call = 0, taken = 0; call < 300; call++) {
+      const uint32_t n = below(call % 3 == 0 ? 3 : 3 * length + 3);
+      ASSERT_EQ(words(stream, static_cast<int32_t>(n)), counting(taken, n)) << length << " call " << call;
+      taken += n;
+      if (call % 16 == 0) stream = copy(stream);
+    }
+  }
 }
 
 TEST_F(Abstract, FailingUpdates) {

@@ -243,6 +243,28 @@ TEST(Sobol, ChunksOfCopies) {
   EXPECT_EQ(words(other, 999), expected);
 }
 
+// The point of a Niederreiter stream of very many coordinates has to be among what a copied state brings along, wherever
+// it is kept: around the number of words that are copied, and around the room of the record.
+TEST(Niederr, StatesOfManyCoordinatesAreCopiedWhole) {
+  for (uint32_t dimen : {10493u, 10494u, 10495u, 21064u, 21065u}) {
+    std::vector<uint32_t> seeds = user(dimen, 4);
+    uint32_t w = 1;
+    for (uint32_t k = 0; k < 32 * dimen; k++) seeds.push_back(w = w * 69069 + 1);
+    const auto n = static_cast<int32_t>(dimen);
+    auto stream = make(0x700000, seeds), other = copy(stream);
+    words(stream, 5 * n + 7);
+    words(other, 2 * n);
+    ASSERT_EQ(__kestCopyStreamState(other.get(), stream.get()), 0);
+    std::vector<uint32_t> expected; // the rest of point 6, and the start of point 7
+    for (uint32_t index : {6u, 7u})
+      for (uint32_t d = 0; d < dimen; d++)
+        expected.push_back(plain_point({&seeds[3 + 32 * d], &seeds[3 + 32 * d] + 32}, index));
+    expected.erase(expected.begin(), expected.begin() + 7);
+    EXPECT_EQ(words(other, 2 * n - 7), expected) << dimen;
+    EXPECT_EQ(words(copy(stream), 2 * n - 7), expected) << dimen;
+  }
+}
+
 // Every number of coordinates has its own way through the loops.
 TEST(Quasi, EveryDimensionEqualsThePlainWalk) {
   for (auto [brng, limit, dimensions] : {std::tuple{0x600000, 40u, 40u}, std::tuple{0x700000, 318u, 110u}})
@@ -259,6 +281,43 @@ TEST(Quasi, EveryDimensionEqualsThePlainWalk) {
         }
       ASSERT_EQ(words(stream, static_cast<int32_t>(expected.size())), expected) << brng << " " << dimen;
       ASSERT_EQ(std::vector<uint32_t>(state(stream) + 4, state(stream) + 4 + dimen), x) << brng << " " << dimen;
+    }
+}
+
+// Tables of the caller's, in the record and in chunks: calls that begin and end inside points, skips, copies of the state
+// and images at any place, for numbers of coordinates around the groups of the loops.
+TEST(Quasi, AnyWalkThroughTheCallersTable) {
+  uint32_t w = 5;
+  const auto below = [&](uint32_t n) { return (w = w * 1664525 + 1013904223, (w >> 8) % n); };
+  std::vector<uint32_t> dimensions = {95, 96, 99, 127, 128, 130, 318, 319, 320, 500};
+  for (uint32_t dimen = 1; dimen <= 70; dimen++) dimensions.push_back(dimen);
+  for (int32_t brng : {0x600000, 0x700000})
+    for (uint32_t dimen : dimensions) {
+      std::vector<uint32_t> seeds = user(dimen, 4);
+      for (uint32_t k = 0; k < 32 * dimen; k++) seeds.push_back(below(0x10000) << 16 | below(0x10000));
+      std::vector<std::vector<uint32_t>> v(dimen);
+      for (uint32_t d = 0; d < dimen; d++) v[d].assign(&seeds[3 + 32 * d], &seeds[3 + 32 * d] + 32);
+      auto stream = make(brng, seeds);
+      uint64_t at = 0; // scalars given out
+      for (int turn = 0; turn < 24; turn++) {
+        if (const uint32_t what = below(6); what == 0) {
+          const uint64_t count = below(2) ? below(2 * dimen + 3) : uint64_t{below(1 << 22)} * dimen + below(dimen);
+          ASSERT_EQ(__kestSkipAheadStream(stream.get(), static_cast<int64_t>(count)), 0);
+          at += count;
+        } else if (what == 1) {
+          auto other = make(brng, seeds);
+          words(other, static_cast<int32_t>(below(2 * dimen)));
+          ASSERT_EQ(__kestCopyStreamState(other.get(), stream.get()), 0);
+          stream = std::move(other);
+        } else if (what == 2) {
+          stream = copy(stream);
+        }
+        const uint32_t n = below(3) == 0 ? below(5) : below(9 * dimen + 30);
+        const auto r = words(stream, static_cast<int32_t>(n));
+        for (uint32_t k = 0; k < n; k++, at++)
+          ASSERT_EQ(r[k], plain_point(v[at % dimen], static_cast<uint32_t>(at / dimen + 1)))
+              << brng << " " << dimen << " scalar " << at;
+      }
     }
 }
 
@@ -326,6 +385,8 @@ TEST(Sobol, Threads) {
                                          {500, 256, true},
                                          {499, 256, false},
                                          {1000, 64, true},
+                                         {65, 0x20000, true},
+                                         {65, 0x20000 - 1, false},
                                          {4000, 8, true},
                                          {3999, 8, false}}) {
     std::vector<uint32_t> seeds = user(static_cast<uint32_t>(dimen), 4);

@@ -374,59 +374,119 @@ TEST(Sequences, WordsDoNotDependOnTheRoundingMode) {
 
 // ---- Mapping
 
+struct Value {
+  double real;
+  float single;
+};
+
+// What an output in [a, b) has to be for an element of words.
+Value value_of(const std::string& name, const uint32_t* w, double a, double b) {
+  const auto fa = static_cast<float>(a), fb = static_cast<float>(b);
+  const double two32 = std::ldexp(1.0, -32), inverse31 = 4.656612875245797e-10, inverse_m1 = 2.328306549837829e-10;
+  const auto rounded_once = [](double value) { return Value{value, static_cast<float>(value)}; };
+  const auto t = static_cast<int32_t>(*w);
+  const double about_middle = t * ((b - a) * two32) + (a + b) * 0.5;
+  if (name == "MCG31M1") return rounded_once(*w * ((b - a) * inverse31) + a);
+  if (name == "MCG59") {
+    const auto x = static_cast<int64_t>(uint64_t{w[1]} << 32 | w[0]);
+    return rounded_once(static_cast<double>(x) * ((b - a) * std::ldexp(1.0, -59)) + a);
+  }
+  if (name == "WH" || name == "OldWH") {
+    double sum = 0;
+    for (int c = 0; c < 4; c++) sum += w[c] * (1.0 / __kest_WH_M[name == "WH" ? 100 : 272][c]);
+    return rounded_once((sum - std::floor(sum)) * (b - a) + a);
+  }
+  if (name == "MRG32K3A") return rounded_once(*w * ((b - a) * inverse_m1) + a);
+  if (name == "R250") return rounded_once(*w * ((b - a) * two32) + a);
+  if (name == "MT19937") return {*w * ((b - a) * two32) + a, static_cast<float>(*w) * ((fb - fa) * 0x1p-32f) + fa};
+  if (name == "MT2203") {
+    const auto c = static_cast<int32_t>(*w - 0x80000000u);
+    return {c * ((b - a) * two32) + (a + b) * 0.5,
+            static_cast<float>(c) * static_cast<float>((b - a) * two32) + static_cast<float>((a + b) * 0.5)};
+  }
+  if (name == "SFMT19937" || name == "PHILOX4X32X10" || name == "ARS5")
+    return {about_middle, static_cast<float>(t) * static_cast<float>((b - a) * two32) + (fa + fb) * 0.5f};
+  const auto upper = static_cast<int32_t>(*w >> 1); // quasi-random
+  return {upper * ((b - a) * 0x1p-31) + a, static_cast<float>(upper) * static_cast<float>((b - a) * 0x1p-31) + fa};
+}
+
 TEST(Sequences, MapOfWordsToValues) {
   const double a = -1.25, b = 3.5;
-  const float fa = -1.25f, fb = 3.5f;
-  const double two32 = std::ldexp(1.0, -32);
   for (const Named& g : generators()) {
-    const std::string name = g.name;
     auto i = make(g.brng, g.seeds), d = copy(i), s = copy(i);
     const int n = 1003;
     const auto w = words(i, n);
     const auto x = doubles(d, n, a, b);
-    const auto y = singles(s, n, fa, fb);
-    const double inverse31 = 4.656612875245797e-10, inverse_m1 = 2.328306549837829e-10;
+    const auto y = singles(s, n, static_cast<float>(a), static_cast<float>(b));
     for (int k = 0; k < n; k++) {
-      double value;
-      float single;
-      if (name == "MCG31M1") {
-        value = w[k] * ((b - a) * inverse31) + a;
-        single = static_cast<float>(value);
-      } else if (name == "MCG59") {
-        value = static_cast<double>(static_cast<int64_t>(uint64_t{w[2 * k + 1]} << 32 | w[2 * k])) *
-                    ((b - a) * std::ldexp(1.0, -59)) +
-                a;
-        single = static_cast<float>(value);
-      } else if (name == "WH" || name == "OldWH") {
-        const int member = name == "WH" ? 100 : 272;
-        double sum = 0;
-        for (int c = 0; c < 4; c++) sum += w[4 * k + c] * (1.0 / __kest_WH_M[member][c]);
-        value = (sum - std::floor(sum)) * (b - a) + a;
-        single = static_cast<float>(value);
-      } else if (name == "MRG32K3A") {
-        value = w[k] * ((b - a) * inverse_m1) + a;
-        single = static_cast<float>(value);
-      } else if (name == "R250") {
-        value = w[k] * ((b - a) * two32) + a;
-        single = static_cast<float>(value);
-      } else if (name == "MT19937") {
-        value = w[k] * ((b - a) * two32) + a;
-        single = static_cast<float>(w[k]) * ((fb - fa) * 0x1p-32f) + fa;
-      } else if (name == "MT2203") {
-        const auto t = static_cast<int32_t>(w[k] - 0x80000000u);
-        value = t * ((b - a) * two32) + (a + b) * 0.5;
-        single = static_cast<float>(t) * static_cast<float>((b - a) * two32) + static_cast<float>((a + b) * 0.5);
-      } else if (name == "SFMT19937" || name == "PHILOX4X32X10" || name == "ARS5") {
-        const auto t = static_cast<int32_t>(w[k]);
-        value = t * ((b - a) * two32) + (a + b) * 0.5;
-        single = static_cast<float>(t) * static_cast<float>((b - a) * two32) + (fa + fb) * 0.5f;
-      } else { // quasi-random
-        const auto t = static_cast<int32_t>(w[k] >> 1);
-        value = t * ((b - a) * 0x1p-31) + a;
-        single = static_cast<float>(t) * static_cast<float>((b - a) * 0x1p-31) + fa;
+      const Value value = value_of(g.name, &w[w.size() / n * static_cast<size_t>(k)], a, b);
+      ASSERT_EQ(x[k], value.real) << g.name << " " << k;
+      ASSERT_EQ(y[k], value.single) << g.name << " " << k;
+    }
+  }
+}
+
+// A stream that is read in all three forms by turns, skipped, copied, saved and loaded at any place of its blocks and
+// buffers still gives the plain sequence.
+TEST(Sequences, AnyWalkEqualsThePlainRecurrence) {
+  std::mt19937 random(11);
+  const auto below = [&](size_t n) { return static_cast<int>(random() % n); };
+  const int edges[] = {4, 8, 16, 24, 32, 64, 69, 103, 128, 147, 207, 250, 256, 483, 512, 624, 1000, 1024, 1250, 2048};
+  const int total = 40000;
+  for (const Named& g : generators()) {
+    if (g.brng == 0xF00000 && !__kestCPUisAES()) continue;
+    auto stream = make(g.brng, g.seeds);
+    const auto row = properties(stream);
+    const auto per = static_cast<size_t>(row.WordSize / 4);
+    std::vector<uint32_t> w;
+    if (Next next = plain_of(g))
+      while (w.size() < total * per)
+        for (uint32_t word : next()) w.push_back(word);
+    else // quasi-random: compared with the definition elsewhere
+      w = words(copy(stream), total);
+    const bool skips = __kestSkipAheadStream(copy(stream).get(), 1) == 0;
+    for (int k = 0, turn = 0; turn < 160; turn++) {
+      const int what = below(12);
+      if (what == 0 && skips) {
+        const int count = below(below(3) == 0 ? 2000 : 12);
+        ASSERT_EQ(__kestSkipAheadStream(stream.get(), count), 0);
+        k += count;
+      } else if (what == 1) {
+        stream = copy(stream);
+      } else if (what == 2) {
+        std::vector<char> image(static_cast<size_t>(__kestGetStreamSize(stream.get())));
+        ASSERT_EQ(__kestSaveStreamM(stream.get(), image.data()), 0);
+        tarn_stream* loaded = nullptr;
+        ASSERT_EQ(__kestLoadStreamM(&loaded, image.data()), 0);
+        stream.reset(loaded);
       }
-      ASSERT_EQ(x[k], value) << name << " " << k;
-      ASSERT_EQ(y[k], single) << name << " " << k;
+      int n = below(2) ? below(40) : edges[below(std::size(edges))] + below(7) - 3;
+      if (turn == 20) n = 8192 + 130; // the longest segments of MRG32K3A
+      if (n == 0 && g.brng == 0x100000) n = 1;
+      if (k + n > total) break;
+      const uint32_t* expected = &w[static_cast<size_t>(k) * per];
+      const double a = below(2) ? 0 : -1.25, b = below(2) ? 1 : 3.5;
+      const int form = below(3), shift = below(17);
+      const size_t size = form == 0 ? 4 * per : form == 1 ? sizeof(double) : sizeof(float), bytes = size * n;
+      std::vector<unsigned char> r(bytes + 64, 0xA5), want = r;
+      unsigned char* to = r.data() + shift;
+      for (int i = 0; i < n; i++) {
+        const Value value = value_of(g.name, expected + per * i, a, b);
+        const void* element = expected + per * i;
+        if (form > 0) element = form == 1 ? static_cast<const void*>(&value.real) : &value.single;
+        std::memcpy(want.data() + shift + size * i, element, size);
+      }
+      int32_t status;
+      if (form == 0)
+        status = row.iBRng(stream.get(), n, to);
+      else if (form == 1)
+        status = row.dBRng(stream.get(), n, reinterpret_cast<double*>(to), a, b);
+      else
+        status = row.sBRng(stream.get(), n, reinterpret_cast<float*>(to), static_cast<float>(a), static_cast<float>(b));
+      ASSERT_EQ(status, 0);
+      const auto differs = std::mismatch(r.begin(), r.end(), want.begin()).first - r.begin();
+      ASSERT_EQ(r, want) << g.name << " form " << form << " n " << n << " from " << k << " byte " << differs - shift;
+      k += n;
     }
   }
 }

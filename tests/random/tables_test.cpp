@@ -16,6 +16,16 @@ namespace {
 using NTL::GF2X;
 using namespace tarn::test;
 
+// A caller's compiler may load 16 bytes at a time from an exported array, as the ABI aligns it so.
+TEST(ExportedTables, AreAlignedAsArrays) {
+  for (const void* table : std::initializer_list<const void*>{
+           __kest_WH_A, __kest_WH_M, __kestdWH_IM_Tab, __kest_mrg32k3a_skipahead_table, __kest_mt19937_poly,
+           __kest_sfmt19937_poly, __kest_mt2203_table, __RegBrngs, __RegBrngsNew}) {
+    asm volatile("" : "+r"(table)); // else the compiler answers by the rule itself
+    EXPECT_EQ(reinterpret_cast<uintptr_t>(table) % 16, 0u);
+  }
+}
+
 // ---- MT2203
 
 TEST(Mt2203Table, FixedRowsAndShape) {
