@@ -296,7 +296,9 @@ int32_t __kestsSSEditMtxParametrz(void* task, const float* correlation, const vo
  * Continuation: with weight_sums given and a positive sum in it, the result arrays are taken as the state of earlier
  * blocks and the call goes on from there. Write 0 to it to start afresh. Without weight_sums each call starts afresh.
  * A variable that variable_mask leaves out keeps its elements in all result arrays. By ONE_PASS, central sums 3 and 4
- * go on from the lower central sums: ask for these, or for the raw moments, along with them.
+ * go on from the lower central sums: ask for these, or for the raw moments, along with them. By USER_MEAN the variance
+ * and covariance of a first block of one observation are undefined and stay so: ask for central sum 2 and cross products
+ * along with them.
  *
  * Checks: the method (-4029), the arrays, the count (-4002), the data (-4032), their storage (-4044, -4003); for a
  * conversion weight_sums (-4020). Memory: -4000.

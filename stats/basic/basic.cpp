@@ -21,7 +21,7 @@ template <class Real> struct Run {
   bool cross_per_thread; // one for each thread; else the kernels leave it alone and the entry does it in one piece
 
   Real* workspace;  // all that is allocated, in one block
-  Real* saved_mean; // room for the caller's mean, where the task has none yet
+  Real* saved_mean; // room for the caller's mean, which the task keeps
   Accumulator<Real>* accumulators;
   State<Real> state; // thread 0
   Real* matrix;      // thread 0
@@ -165,7 +165,7 @@ template <class Real> int32_t set_up(Run<Real>& run, const tarn_threader* thread
   lay_out(run, {nullptr, 0}, total);
   run.workspace = allocate<Real>(total);
   if (!run.workspace) return TARN_SS_ERROR_ALLOCATION;
-  if (two_pass(run) && run.task->mean && !run.task->saved_mean) {
+  if (two_pass(run) && run.task->mean) { // anew each time: the dimension may have grown since the last call
     run.saved_mean = allocate<Real>(run.p);
     if (!run.saved_mean) return TARN_SS_ERROR_ALLOCATION;
   }
@@ -208,20 +208,27 @@ template <class Real> void seed_matrix(const Run<Real>& run, Real W, Real V) {
   const int estimate = matrix_in_use(run);
   const Matrix<Real> from = matrix_of<Real>(run.task, estimate, run.p);
   const Real factor = estimate == estimate_cross_product ? Real(1) : W - V / W;
+  const bool undefined = factor == 0 && !two_pass(run);
   const auto diagonal = [&](int64_t i) { return from.at(i, i); };
   for (int64_t i = run.p - 1; i >= 0; --i) { // diagonals of earlier rows are still needed when the matrix is in place
     for (int64_t j = 0; j < i; ++j) {
       Real value = from.at(i, j);
-      if (estimate == estimate_correlation) value *= square_root(diagonal(i) * diagonal(j));
-      run.matrix[i * run.p + j] = factor == 0 ? Real(0) : value * factor;
+      if (estimate == estimate_correlation) {
+        const Real vi = diagonal(i), vj = diagonal(j);
+        // A variable that has not varied so far has a correlation with none, but its products are zero.
+        const bool constant = (vi <= 0 || vj <= 0) && !two_pass(run);
+        value = constant ? Real(0) : value * (square_root(vi) * square_root(vj));
+      }
+      run.matrix[i * run.p + j] = undefined ? Real(0) : value * factor;
     }
-    run.matrix[i * run.p + i] = factor == 0 ? Real(0) : diagonal(i) * factor;
+    run.matrix[i * run.p + i] = undefined ? Real(0) : diagonal(i) * factor;
   }
 }
 
 template <class Real> void seed_from_results(const Run<Real>& run, Real W, Real V) {
   const Request& request = run.request;
-  // One observation has no variance: its undefined moment stands for a sum of zero.
+  // One observation has no variance: its undefined moment stands for a sum of zero. About a caller's mean the sum need
+  // not be zero, and is lost with the moment: what goes on from there stays undefined.
   const Real factors[3] = {(W * W - V) / W, W, W};
   for (int k = two_pass(run) ? 1 : 0; k < run.arrays.raw; ++k) {
     if (request.demands(estimate_sum + k)) {
@@ -236,7 +243,7 @@ template <class Real> void seed_from_results(const Run<Real>& run, Real W, Real 
       seed_array(run, run.state.central[k], array_of<Real>(run.task, sum), Real(1));
     } else if (!request.demands(moment)) {
       seed_unasked_central(run, k, W, factors);
-    } else if (factors[k] != 0) {
+    } else if (factors[k] != 0 || two_pass(run)) {
       seed_array(run, run.state.central[k], array_of<Real>(run.task, moment), factors[k]);
     } else {
       for (int64_t j = 0; j < run.p; ++j) run.state.central[k][j] = 0;
@@ -343,7 +350,8 @@ template <class Real> void finish_matrix(const Run<Real>& run) {
 
 template <class Real> void keep_callers_mean(const Run<Real>& run) {
   if (!two_pass(run) || !run.task->mean) return;
-  if (!run.task->saved_mean) run.task->saved_mean = run.saved_mean;
+  if (run.task->saved_mean) tarn_serv_deallocate(run.task->saved_mean);
+  run.task->saved_mean = run.saved_mean;
   __builtin_memcpy(run.task->saved_mean, run.task->mean, static_cast<uint64_t>(run.p) * sizeof(Real));
 }
 

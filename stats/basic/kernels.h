@@ -169,17 +169,29 @@ template <class Real> void clear_state(const KernelArguments<Real>& a, unsigned 
   }
 }
 
-// Sums into the state's own arrays: raw moments times W are sums, and turn back into moments at the end.
+// Sums into the state's own arrays: raw moments times W are sums, and turn back into moments at the end. Every block
+// is summed on its own, so that rounding errors grow with the number of blocks and not with that of observations.
 template <class Real, bool Columns, bool Weighted, unsigned Raw, unsigned Central>
 void add_sums(const KernelArguments<Real>& a) {
   Accumulator<Real>& total = *a.accumulator;
   if (total.W > 0) scale(a, Raw, total.W);
-  const SumArrays<Real> sums = {{a.state.raw[0], a.state.raw[1], a.state.raw[2], a.state.raw[3]},
-                                {nullptr, a.state.central[0], a.state.central[1], a.state.central[2]}};
-  const int64_t length = moment_block<Real>(a.p, Columns);
+  const SumArrays<Real> sums = block_sums(a);
+  const int64_t length = moment_block<Real>(a.p, Columns && a.p < wide); // wide observations are read only once
   for (int64_t i = a.first; i < a.end; i += length) {
     const Block<Real> block = block_at(a, Columns, i, minimum(length, a.end - i));
+    for (int k = 0; k < order_count; ++k) {
+      for (int64_t j = 0; j < a.p; ++j) {
+        if (Raw >> k & 1) sums.raw[k][j] = 0;
+        if (Central >> k & 1) sums.central[k][j] = 0;
+      }
+    }
     add_power_sums<Real, Columns, Weighted, Raw, Central>(block, a.state.raw[0], sums);
+    for (int k = 0; k < order_count; ++k) {
+      for (int64_t j = 0; j < a.p; ++j) {
+        if (Raw >> k & 1) a.state.raw[k][j] += sums.raw[k][j];
+        if (Central >> k & 1) a.state.central[k - 1][j] += sums.central[k][j];
+      }
+    }
     const WeightSums<Real> weights = weight_sums<Real>(Weighted ? block.weights : nullptr, block.count);
     total.W += weights.W;
     total.V += weights.V;

@@ -27,7 +27,8 @@ template <class Real> struct CentralMoments { Real second, third, fourth; };
 template <class Real>
 void put_derived(const SSTask* task, const Request& request, int64_t j, Real mean, const CentralMoments<Real>& c) {
   put(task, request, estimate_kurtosis, j, c.fourth / (c.second * c.second) - Real(3.0));
-  put(task, request, estimate_skewness, j, c.third / square_root(c.second * c.second * c.second));
+  // The cube of the variance would leave the range of a float for deviations of ten millions, or of a ten-millionth.
+  put(task, request, estimate_skewness, j, c.third / (c.second * square_root(c.second)));
   put(task, request, estimate_variation, j, square_root(c.second) / mean);
 }
 

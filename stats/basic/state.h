@@ -23,7 +23,8 @@ void merge_states(const State<Real>& to, Real W1, const State<Real>& from, Real 
   const Real *mean1 = to.raw[0], *mean2 = from.raw[0];
   Real *C2 = to.central[0], *C3 = to.central[1], *C4 = to.central[2];
   for (int64_t j = first; j < last; ++j) {
-    const Real d = same_centre ? Real(0) : mean2[j] - mean1[j];
+    // With nothing to merge into there is no difference either; the square of a large one would overflow.
+    const Real d = same_centre || W1 == 0 ? Real(0) : mean2[j] - mean1[j];
     // Each order needs the lower ones of both sides as they were, so the highest goes first.
     if (C4) {
       const Real c22 = from.central[0][j], c23 = from.central[1][j], c24 = from.central[2][j];

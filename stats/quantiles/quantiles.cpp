@@ -31,10 +31,10 @@ inline Place place_of(double order, int64_t n) {
   return {rank, rank == last ? 0.0 : at - double(rank)};
 }
 
+// In double precision as well: a fraction that became 1 as a float would multiply an infinite lower one by zero.
 template <class Real> Real between(Real lower, Real upper, double fraction) {
-  if (fraction == 0) return lower; // the upper one may be infinite
-  const Real f = static_cast<Real>(fraction);
-  return (1 - f) * lower + f * upper;
+  if (fraction == 0 || lower == upper) return lower; // the upper one may be infinite; equal ones stay what they are
+  return static_cast<Real>((1 - fraction) * double(lower) + fraction * double(upper));
 }
 
 template <class Real> void quantiles_from_sorted(const QuantilesRun<Real>& run, const Real* sorted, Real* out) {

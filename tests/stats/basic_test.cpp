@@ -363,6 +363,116 @@ TYPED_TEST(Basic, ThreadsAndBlocks) {
   }
 }
 
+// Every width near those at which the kernels change (vectors of variables, groups of them, tiles, the limit of the
+// tiles, wide observations, column panels), with threads that use tiles at all widths. The two integer widths share them.
+TYPED_TEST(Basic, EveryWidth) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  std::vector<int64_t> widths = {63, 64, 65, 129};
+  for (int64_t p = sizeof(Int) == 8 ? 2 : 3; p <= 40; p += 2) widths.push_back(p);
+  for (int64_t p : widths) {
+    for (bool by_rows : {true, false}) {
+      const Weights kind = (p / 2 + by_rows) % 2 != 0 ? Weights::none : Weights::with_zeros;
+      const int64_t n = p < 40 ? 250 + p % 19 : 150;
+      const Dataset<Real> set = random_dataset<Real>(n, p, by_rows, kind, p % 5 == 0, 31 + p);
+      const std::vector<Real> mean = rough_mean(set);
+      for (uint64_t method : {Fast, OnePass, UserMean}) {
+        const Reference reference(set, method, mean);
+        for (int threads : {1, 3}) run<Real, Int>(set, reference, method, 0x1FE0033FF, 1, threads, mean, int(p), false);
+        if (this->HasFatalFailure()) return;
+      }
+    }
+  }
+}
+
+// Every short length, and those beside the edges of blocks.
+TYPED_TEST(Basic, EveryLength) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  std::vector<int64_t> lengths;
+  for (int64_t n = 2; n <= 70; ++n) lengths.push_back(n);
+  for (int64_t edge : {128, 256, 512, 1024, 2048})
+    for (int64_t n : {edge - 1, edge, edge + 1, edge + 2}) lengths.push_back(n);
+  for (int64_t n : lengths) {
+    for (bool by_rows : {true, false}) {
+      const int64_t p = n % 2 == 0 ? 3 : 9;
+      const Dataset<Real> set =
+          random_dataset<Real>(n, p, by_rows, n % 3 == 0 ? Weights::positive : Weights::none, false, 77 + n);
+      const std::vector<Real> mean = rough_mean(set);
+      for (uint64_t method : {Fast, OnePass, UserMean}) // two observations leave nothing of ratios: a block of its own
+        run<Real, Int>(set, Reference(set, method, mean), method, 0x1FE00107F, n < 4 ? 1 : 2, 1, mean, int(n), false);
+      if (this->HasFatalFailure()) return;
+    }
+  }
+}
+
+// A variable that does not vary in the first block has no correlations there; later ones count in full.
+TYPED_TEST(Basic, CorrelationGoesOnFromAConstantVariable) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  for (Real constant : {Real(0), Real(1), Real(0.7)}) {
+    for (bool by_rows : {true, false}) {
+      Dataset<Real> set = random_dataset<Real>(80, 4, by_rows, Weights::none, false, 9);
+      for (int64_t i = 0; i < 40; ++i)
+        for (int64_t j : {1, 3}) set.data[by_rows ? j * set.n + i : i * set.p + j] = constant;
+      for (uint64_t method : {Fast, OnePass})
+        for (int shift = 0; shift < 3; ++shift)
+          run<Real, Int>(set, Reference(set, method, {}), method, 0x2000, 2, 1, {}, shift, false);
+      if (this->HasFatalFailure()) return;
+    }
+  }
+}
+
+// Variances of which neither a product nor a cube is within the range of the type.
+TYPED_TEST(Basic, RatiosOfLargeAndSmallData) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  const int exponent = sizeof(Real) == 8 ? 260 : 33;
+  for (int sign : {1, -1}) {
+    Dataset<Real> set = random_dataset<Real>(300, 3, false, Weights::none, false, 21);
+    for (Real& x : set.data) x = std::ldexp(x, sign * exponent);
+    for (uint64_t method : {Fast, OnePass}) {
+      const Reference reference(set, method, {});
+      for (int blocks : {1, 3}) {
+        run<Real, Int>(set, reference, method, 0x100, blocks, 1, {}, 0, false);
+        run<Real, Int>(set, reference, method, 0x2000, blocks, 1, {}, 0, false);
+      }
+      if (this->HasFatalFailure()) return;
+    }
+  }
+}
+
+// Sums of many observations keep their digits at any width. Equal elements round all one way, which is the worst case:
+// half a unit for each addition of a block and for each block.
+TYPED_TEST(Basic, LongSumsOfAnyWidth) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  const int64_t n = 1 << 16;
+  const Long allowed = (1024 + 256) / 2 * Long(std::numeric_limits<Real>::epsilon());
+  for (int64_t p : {3, 32, 35}) {
+    Dataset<Real> set = {n, p, false, std::vector<Real>(n * p), {}, {}};
+    for (int64_t at = 0; at < n * p; ++at) set.data[at] = Real(0.1) + Real(0.01) * Real(at % p);
+    for (uint64_t method : {Fast, OnePass, UserMean}) {
+      TaskOf<Real, Int> task(set);
+      Results<Real, Int> results(p);
+      results.attach(task, 0xFFFFF);
+      std::vector<Real> zeros(p);
+      if (method == UserMean) task.set_real(7, zeros.data());
+      ASSERT_EQ(Api<Real>::basic(task.task, 0x40000006, method, nullptr), 0); // raw moments, central sum 3
+      for (int64_t j = 0; j < p; ++j) {
+        const Long x = set.at(j, 0);
+        if (method == UserMean) { // about zero
+          ASSERT_NEAR(results.of[CentralSum3][j] / (x * x * x * n), 1, allowed) << p;
+        } else {
+          ASSERT_NEAR(results.of[Mean][j] / x, 1, allowed) << p << " method " << method;
+        }
+        ASSERT_NEAR(results.of[Raw2][j] / (x * x), 1, allowed) << p << " method " << method;
+        ASSERT_NEAR(results.of[Raw3][j] / (x * x * x), 1, allowed) << p << " method " << method;
+      }
+    }
+  }
+}
+
 TYPED_TEST(Basic, ThreadCounts) {
   using Real = typename TypeParam::Real;
   using Int = typename TypeParam::Int;
@@ -612,6 +722,59 @@ TYPED_TEST(Basic, OneObservationHasNoVariance) {
   }
 }
 
+// A task that turns from one data set to a wider one keeps the means of both, one after the other.
+TYPED_TEST(Basic, DimensionMayGrow) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  const Dataset<Real> narrow = random_dataset<Real>(30, 1, false, Weights::none, false, 5);
+  TaskOf<Real, Int> task(narrow);
+  for (int64_t p : {1, 300, 7}) {
+    const Dataset<Real> set = random_dataset<Real>(60, p, false, Weights::none, false, 5);
+    const Dataset<Real> parts[] = {set.part(0, 20), set.part(20, 60)};
+    std::vector<Real> mean = rough_mean(set);
+    Results<Real, Int> results(p);
+    results.attach(task, demand_of(0x1000, UserMean)); // with sums of weights that start afresh
+    task.set_real(7, mean.data());
+    task.p = Int(p);
+    for (const Dataset<Real>& part : parts) {
+      task.turn_to(part);
+      ASSERT_EQ(Api<Real>::basic(task.task, 0x1000, UserMean, nullptr), 0);
+    }
+    const SSTask* record = task.record();
+    const Real* saved = static_cast<const Real*>(record->saved_mean);
+    ASSERT_EQ(std::vector<Real>(saved, saved + p), mean);
+    results.of[Mean] = mean;
+    results.expect(Reference(set, UserMean, mean), set, demand_of(0x1000, UserMean), "wider");
+  }
+}
+
+// About a caller's mean one observation has a sum of squares, but no finite variance to carry it.
+TYPED_TEST(Basic, OneObservationAboutACallersMean) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  const Dataset<Real> set = random_dataset<Real>(50, 2, true, Weights::none, false, 5);
+  const Dataset<Real> parts[] = {set.part(0, 1), set.part(1, 50)};
+  std::vector<Real> mean = rough_mean(set);
+  for (uint64_t estimates : {0x120001010ull, 0x1010ull, 0x2010ull}) {
+    TaskOf<Real, Int> task(set);
+    Results<Real, Int> results(2);
+    const uint32_t demand = demand_of(estimates, UserMean);
+    results.attach(task, demand);
+    task.set_real(7, mean.data());
+    for (const Dataset<Real>& part : parts) {
+      task.turn_to(part);
+      ASSERT_EQ(Api<Real>::basic(task.task, estimates, UserMean, nullptr), 0);
+    }
+    if (demand >> CentralSum2 & 1) {
+      results.of[Mean] = mean;
+      results.expect(Reference(set, UserMean, mean), set, demand, "sums go on");
+      continue;
+    }
+    EXPECT_TRUE(std::isnan(results.of[Central2][0]));
+    EXPECT_TRUE(std::isnan(results.of[demand >> Covariance & 1 ? Covariance : Correlation][0]));
+  }
+}
+
 // Means and moments that a plain sum would overflow.
 TEST(BasicOnePass, LargeValuesDoNotOverflowTheMean) {
   const int64_t n = 5000;
@@ -624,6 +787,20 @@ TEST(BasicOnePass, LargeValuesDoNotOverflowTheMean) {
     ASSERT_EQ(_kestdSSBasic(task.task, 1, OnePass, nullptr), 0);
     EXPECT_NEAR(results.of[Mean][0] / 1e308, 1, 1e-12);
     EXPECT_NEAR(results.of[Mean][1] / 1e308, 1, 1e-12);
+  }
+}
+
+// The square of the mean is beyond the range of the type, the deviations are zero.
+TEST(BasicOnePass, CentralMomentsOfLargeEqualValues) {
+  for (bool by_rows : {true, false}) {
+    Dataset<double> set = random_dataset<double>(3000, 2, by_rows, Weights::none, false, 5);
+    for (double& x : set.data) x = 0x1p600;
+    TaskOf<double, int32_t> task(set);
+    Results<double, int32_t> results(2);
+    results.attach(task, 0xFFFFF);
+    ASSERT_EQ(_kestdSSBasic(task.task, 0x70, OnePass, nullptr), 0);
+    for (int e : {Central2, Central3, Central4})
+      for (double c : results.of[e]) EXPECT_EQ(c, 0) << "estimate " << e;
   }
 }
 

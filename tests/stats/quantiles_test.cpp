@@ -139,6 +139,47 @@ TYPED_TEST(Order, InfinityBesideAnExactRank) {
   EXPECT_EQ(quantiles[2], inf);
 }
 
+// A fraction that rounds to 1 in float does not hide the infinity below it; 0.01 of 101 elements has one.
+TYPED_TEST(Order, InfinityBelowAFraction) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  const Real inf = std::numeric_limits<Real>::infinity();
+  for (bool sorted : {false, true}) { // by selection and from the sorted elements
+    Dataset<Real> set = random_dataset<Real>(101, 1, true, Weights::none, false, 1);
+    set.data[50] = -inf;
+    TaskOf<Real, Int> task(set);
+    Int count = sorted ? 6 : 1;
+    const Real near = Real(0.01f); // just below
+    const Real orders[] = {near, near, near, near, near, near};
+    Real quantiles[6] = {};
+    task.set_integer(24, &count);
+    task.set_real(25, orders);
+    task.set_real(26, quantiles);
+    ASSERT_EQ(Api<Real>::quantiles(task.task, Quantiles, Fast, nullptr), 0);
+    EXPECT_EQ(quantiles[0], -inf);
+    EXPECT_EQ(quantiles[count - 1], -inf);
+  }
+}
+
+TYPED_TEST(Order, QuantilesOfEqualElementsAreTheElement) {
+  using Real = typename TypeParam::Real;
+  using Int = typename TypeParam::Int;
+  std::vector<Real> orders;
+  for (int k = 0; k <= 100; ++k) orders.push_back(Real(k) / 100);
+  for (Real x : {Real(0.1), Real(1) / 3, -Real(0.7), std::numeric_limits<Real>::max()}) {
+    Dataset<Real> set = random_dataset<Real>(38, 1, true, Weights::none, false, 1);
+    std::fill(set.data.begin(), set.data.end(), x);
+    TaskOf<Real, Int> task(set);
+    Int count = Int(orders.size());
+    std::vector<Real> quantiles(orders.size());
+    task.set_integer(24, &count);
+    task.set_real(25, orders.data());
+    task.set_real(26, quantiles.data());
+    ASSERT_EQ(Api<Real>::quantiles(task.task, Quantiles, Fast, nullptr), 0);
+    for (Real q : quantiles) ASSERT_EQ(q, x);
+  }
+}
+
 TYPED_TEST(Order, QuantileChecksInOrder) {
   using Real = typename TypeParam::Real;
   using Int = typename TypeParam::Int;
