@@ -8,6 +8,7 @@
 #include "tarn/random.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -164,12 +165,12 @@ std::string bits(const RandomOptions& options, tarn_stream* stream, const tarn_b
   return text;
 }
 
-// CLI11 takes -5 for an unsigned number, too.
+// CLI11 takes -5 for an unsigned number, too, and what is too large for the largest.
 CLI::Validator whole_number() {
   return {[](std::string& text) {
-            const bool digits = !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
             uint64_t value = 0;
-            return digits && CLI::detail::lexical_cast(text, value)
+            const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+            return error == std::errc{} && end == text.data() + text.size()
                        ? std::string()
                        : text + " is not a whole number from 0 to 18446744073709551615";
           },
