@@ -75,4 +75,4 @@ const tarn_threader table = {loop, ordered_loop, region, ordered, max_threads};
 
 }
 
-const tarn_threader* tarn_onetbb_threader(void) { return &table; }
+__attribute__((visibility("default"))) const tarn_threader* tarn_onetbb_threader(void) { return &table; }

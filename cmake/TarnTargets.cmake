@@ -110,6 +110,7 @@ function(tarn_link_libraries)
   find_package(OpenBLASSerial REQUIRED)
   target_link_libraries(tarn PRIVATE ${OpenBLASSerial_LIBRARY})
   target_link_libraries(tarn_static INTERFACE ${OpenBLASSerial_LIBRARY})
+  target_link_options(tarn_static INTERFACE LINKER:-rpath,${OpenBLASSerial_DIRECTORY}) # so does a program of the archive
   set_target_properties(tarn PROPERTIES BUILD_RPATH ${OpenBLASSerial_DIRECTORY}
     INSTALL_RPATH ${OpenBLASSerial_DIRECTORY})
   add_library(Tarn::tarn ALIAS tarn)
