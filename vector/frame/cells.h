@@ -3,6 +3,7 @@
 // the cells of ended threads go with their key's destructor.
 #pragma once
 
+#include <errno.h>
 #include <pthread.h>
 #include <stdint.h>
 
@@ -47,7 +48,8 @@ template <class Value> __attribute__((noinline, cold)) Cell<Value>* make_cell(Tl
   Cell<Value>* cell = static_cast<Cell<Value>*>(tarn_serv_malloc(size, 64)); // a cache line of its own
   if (!cell) tarn_serv_exit(3);
   cell->value = Value{};
-  if (pthread_setspecific(static_cast<pthread_key_t>(record->key), cell)) tarn_serv_exit(3);
+  // Other failures than of memory mean that the process ends on another thread, which has taken the key away.
+  if (pthread_setspecific(static_cast<pthread_key_t>(record->key), cell) == ENOMEM) tarn_serv_exit(3);
   return cell;
 }
 
