@@ -49,9 +49,7 @@ template <class Real, bool uniform> struct Window {
 
 // 1 / a and 1 / b of pairs of lengths, with a watch on products so far from 1 that they or their reciprocals near the
 // ends of the range: where one was met, the pairs are to be divided again, each length of such a pair on its own.
-template <class V> struct Reciprocals {
-  V of_a, of_b;
-};
+template <class V> struct Reciprocals { V of_a, of_b; };
 template <class Real, class V> struct Division {
   static constexpr Real far = sizeof(Real) == 8 ? Real(0x1p1000) : Real(0x1p120);
   V farthest = {};
