@@ -164,6 +164,7 @@ template <class Work> void fork_beside(Work work) {
   busy.join();
 }
 
+#if !defined(__SANITIZE_ADDRESS__) // whose own allocator may be locked in the child
 TEST(Locks, AChildOfForkAllocates) {
   fork_beside([] {
     void* blocks[50];
@@ -171,14 +172,15 @@ TEST(Locks, AChildOfForkAllocates) {
     for (void* block : blocks) tarn_serv_free(block);
   });
 }
+#endif
 
 TEST(Locks, AChildOfForkMultiplies) {
   fork_beside([] {
     constexpr int32_t n = 64;
     static const std::vector<double> a(n * n, 1.0);
-    std::vector<double> c(n * n);
+    double c[n * n]; // on the stack: not every allocator may be used after a fork beside another thread
     const double one = 1, zero = 0;
-    tarn_blas_dgemm("N", "N", &n, &n, &n, &one, a.data(), &n, a.data(), &n, &zero, c.data(), &n);
+    tarn_blas_dgemm("N", "N", &n, &n, &n, &one, a.data(), &n, a.data(), &n, &zero, c, &n);
     if (c[0] != n || c[n * n - 1] != n) _exit(1);
   });
 }
