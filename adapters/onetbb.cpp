@@ -14,16 +14,20 @@ namespace tbb = oneapi::tbb;
 int32_t max_threads() { return tbb::this_task_arena::max_concurrency(); }
 int32_t chosen(int32_t asked) { return asked > 0 ? asked : max_threads(); }
 
+// Calls task(0) to task(count - 1), in parallel. A thread that waits for the end of these takes up no other work
+// meanwhile: when they are nested in the body of an outer loop, that could be the outer loop's next iteration, which,
+// on top of the earlier one on the same stack, would wait for ever for its turn.
+template <class Task> void in_parallel(int32_t count, Task task) {
+  tbb::this_task_arena::isolate([&] { tbb::parallel_for(int32_t(0), count, task, tbb::simple_partitioner()); });
+}
+
 // Thread numbers below `threads`, each held by one body at a time: every runner takes iterations from a common count.
 template <class Body> void run(int64_t count, int32_t threads, Body body) {
   const int32_t runners = static_cast<int32_t>(std::min<int64_t>(threads, count));
   std::atomic<int64_t> next{0};
-  tbb::parallel_for(
-      int32_t(0), runners,
-      [&](int32_t id) {
-        for (int64_t i; (i = next.fetch_add(1)) < count;) body(i, id);
-      },
-      tbb::simple_partitioner());
+  in_parallel(runners, [&](int32_t id) {
+    for (int64_t i; (i = next.fetch_add(1)) < count;) body(i, id);
+  });
 }
 
 void loop(int64_t count, int32_t asked, void* context, tarn_loop_body body) {
@@ -64,12 +68,11 @@ void ordered(int64_t iteration, int32_t id, int32_t threads, void* context, tarn
 
 void region(int32_t asked, void* context, tarn_region_body body) {
   const int32_t threads = chosen(asked);
-  tbb::parallel_for(
-      int32_t(0), threads, [&](int32_t id) { body(id, 0, threads, context); }, tbb::simple_partitioner());
+  in_parallel(threads, [&](int32_t id) { body(id, 0, threads, context); });
 }
 
 const tarn_threader table = {loop, ordered_loop, region, ordered, max_threads};
 
 }
 
-const tarn_threader* tarn_onetbb_threader(void) { return &table; }
+__attribute__((visibility("default"))) const tarn_threader* tarn_onetbb_threader(void) { return &table; }

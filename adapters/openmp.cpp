@@ -25,7 +25,8 @@ thread_local OrderedLoop* current = nullptr;
 void ordered_loop(int64_t count, int32_t asked, void* context, tarn_loop_body body) {
   const int32_t threads = chosen(asked);
   OrderedLoop state = {context, body, 0};
-#pragma omp parallel for schedule(dynamic, 1) num_threads(threads)
+// Monotonic: with iterations dealt out beforehand, as a run time may else do, the threads would wait for the first one.
+#pragma omp parallel for schedule(monotonic : dynamic, 1) num_threads(threads)
   for (int64_t i = 0; i < count; ++i) {
     OrderedLoop* const outer = current;
     current = &state;
@@ -58,4 +59,4 @@ const tarn_threader table = {loop, ordered_loop, region, ordered, max_threads};
 
 }
 
-const tarn_threader* tarn_openmp_threader(void) { return &table; }
+__attribute__((visibility("default"))) const tarn_threader* tarn_openmp_threader(void) { return &table; }

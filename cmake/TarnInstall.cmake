@@ -1,4 +1,4 @@
-# Library, headers, the CMake package (find_package(Tarn) gives Tarn::tarn and Tarn::static) and the pkg-config file.
+# Library, headers, the CMake package (find_package(Tarn) gives Tarn::tarn, Tarn::static and the adapters) and the pkg-config file.
 include(CMakePackageConfigHelpers)
 
 set_target_properties(tarn_static PROPERTIES EXPORT_NAME static)
@@ -14,7 +14,20 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/TarnConfigVersion.cmake C
 install(FILES ${PROJECT_BINARY_DIR}/TarnConfig.cmake ${PROJECT_BINARY_DIR}/TarnConfigVersion.cmake
   DESTINATION ${package_dir})
 
-# From the folder of tarn.pc, so that the installed tree may be moved.
-file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+# From the folder of tarn.pc, so that the installed tree may be moved; unless the libraries have a place of their own.
+if(IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
+  set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+else()
+  file(RELATIVE_PATH pc_to_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+  string(REGEX REPLACE "/$" "" pc_prefix "\${pcfiledir}/${pc_to_prefix}")
+endif()
+foreach(dir LIBDIR INCLUDEDIR)
+  if(IS_ABSOLUTE ${CMAKE_INSTALL_${dir}})
+    set(pc_${dir} ${CMAKE_INSTALL_${dir}})
+  else()
+    set(pc_${dir} "\${prefix}/${CMAKE_INSTALL_${dir}}")
+  endif()
+endforeach()
+get_filename_component(pc_blas_dir ${OpenBLASSerial_LIBRARY} DIRECTORY)
 configure_file(${CMAKE_CURRENT_LIST_DIR}/tarn.pc.in ${PROJECT_BINARY_DIR}/tarn.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tarn.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

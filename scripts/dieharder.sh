@@ -5,6 +5,7 @@
 # The battery reads 32-bit words. Generators whose words are wider, narrower or weak in their low bits (MCG31M1, MCG59,
 # WH) come as uniform numbers, of which upper_halves takes the upper 16 bits. The quasi-random generators are left out:
 # they are not meant to look random.
+[ $# -ge 2 ] || { sed -n '2,4s/^# //p' "$0" >&2; exit 2; }
 tarn=$1
 upper_halves=$2
 shift 2

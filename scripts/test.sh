@@ -72,10 +72,11 @@ stage_tsan() { build_and_test tsan; }
 
 stage_tidy() {
   cmake --preset clang >/dev/null
-  local log
+  local log root
+  root=$(sed 's/[][\.*^$+?(){}|]/\\&/g' <<<"$PWD") # run-clang-tidy takes it as an expression, and no file as success
   log=$(mktemp)
   if run-clang-tidy -quiet -j "$jobs" -p build/clang \
-    "^$PWD/(service|vector|random|stats|fitting|command|adapters)/" >"$log" 2>&1; then
+    "^$root/(service|vector|random|stats|fitting|command|adapters)/" >"$log" 2>&1; then
     note tidy yes
   else
     grep -E 'error:|warning:' -A 3 "$log" || tail -20 "$log"

@@ -5,7 +5,7 @@
 
 extern "C" int32_t tarn_serv_getenv(const char* name, char* buffer, int32_t buffer_size) {
   const char* value = getenv(name);
-  if (!value) return -1;
+  if (!value || buffer_size <= 0) return -1;
   const size_t length = strnlen(value, static_cast<size_t>(buffer_size));
   if (length >= static_cast<size_t>(buffer_size)) return -1;
   memcpy(buffer, value, length + 1);

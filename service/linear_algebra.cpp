@@ -11,6 +11,7 @@ static uint32_t blas_lock = 0;
   extern "C" void t##name##_ parameters;                                                                               \
   extern "C" void tarn_blas_##t##name parameters {                                                                     \
     tarn_serv_lock(&blas_lock);                                                                                        \
+    tarn::service::hold_over_fork<blas_lock>();                                                                        \
     t##name##_ arguments;                                                                                              \
     tarn_serv_unlock(&blas_lock);                                                                                      \
   }                                                                                                                    \

@@ -35,6 +35,7 @@ extern "C" void* tarn_serv_malloc(int64_t size, int64_t alignment) {
   LibraryBlock* block = reinterpret_cast<LibraryBlock*>(start + alignment) - 1;
   block->start = start;
   tarn_serv_lock(&list_lock);
+  tarn::service::hold_over_fork<list_lock>();
   block->next = list.next;
   block->previous = &list;
   list.next->previous = block;

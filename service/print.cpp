@@ -34,15 +34,21 @@ const char* const texts[] = {
 }
 
 extern "C" void tarn_serv_print(int32_t, int32_t message, int32_t argument_count, ...) {
+  constexpr int32_t rows = sizeof texts / sizeof *texts;
+  if (message < first_message || message >= first_message + rows) return;
   const int32_t row = message - first_message;
-  if (row < 0 || row >= static_cast<int32_t>(sizeof texts / sizeof *texts)) return;
+  const int32_t needed = row >= 1 && row <= 6 ? 1 : 2; // the rows with nothing but a name
+  if (argument_count < needed) return;
   const int caller_errno = errno; // a report on standard error is no failure of the caller's
   char line[256];
   va_list arguments;
   va_start(arguments, argument_count);
   int length = vsnprintf(line, sizeof line, texts[row], arguments);
   va_end(arguments);
-  if (length > static_cast<int>(sizeof line) - 1) length = sizeof line - 1;
+  if (length > static_cast<int>(sizeof line) - 1) { // a long name is cut, and the line still ends
+    length = sizeof line - 1;
+    line[length - 1] = '\n';
+  }
   for (int done = 0; done < length;) {
     const ssize_t wrote = write(STDERR_FILENO, line + done, static_cast<size_t>(length - done));
     if (wrote < 0 && errno != EINTR) break;

@@ -2,6 +2,8 @@
 // unload, thread functions, processor queries. Nothing here knows what it is used for.
 #pragma once
 
+#include <pthread.h>
+
 #include "tarn/service.h"
 
 #define TARN_EXPORT extern "C" __attribute__((visibility("default")))
@@ -40,4 +42,15 @@ int32_t tarn_serv_cpuisicx(void);
 namespace tarn::service {
 // Frees every block of tarn_serv_malloc; called once, after the registered cleanups.
 void free_library_blocks();
+
+// Called with the lock taken. From the first call on a thread that forks holds the lock while it does: the child then
+// does not find it taken by a thread that it does not have, nor half changed what it guards. For locks that are held
+// for more than a moment or guard more than a word, and inside which no other is taken.
+template <uint32_t& word> void hold_over_fork() {
+  static bool registered = false;
+  if (registered) return;
+  registered = true;
+  const auto release = [] { tarn_serv_unlock(&word); };
+  pthread_atfork([] { tarn_serv_lock(&word); }, release, release); // ends with the library when it unloads
+}
 }

@@ -16,6 +16,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -35,10 +37,14 @@ struct State {
   double* products() { return values.data() + 2 + 7 * p; }
 };
 
-void must(int32_t status) {
-  if (status == 0) return;
-  std::fprintf(stderr, "statistics failed with status %d\n", status);
+[[noreturn]] void fail(const std::string& why) {
+  std::fprintf(stderr, "mpi_statistics: %s\n", why.c_str());
   MPI_Abort(MPI_COMM_WORLD, 2);
+  std::abort();
+}
+
+void must(int32_t status) {
+  if (status != 0) fail("statistics failed with status " + std::to_string(status));
 }
 
 constexpr uint64_t all_sums = TARN_SS_MEAN | TARN_SS_RAW_MOMENT_2 | TARN_SS_RAW_MOMENT_3 | TARN_SS_RAW_MOMENT_4 |
@@ -143,14 +149,12 @@ Rows read_rows(const char* path, int rank, int ranks, bool all) {
     return rows;
   }
   std::ifstream file(path);
-  if (!file) {
-    std::fprintf(stderr, "cannot open %s\n", path);
-    MPI_Abort(MPI_COMM_WORLD, 2);
-  }
+  if (!file) fail(std::string("cannot open ") + path);
   std::string line;
   std::getline(file, line);
   std::istringstream header(line);
   for (std::string name; std::getline(header, name, ',');) rows.names.push_back(name);
+  if (rows.names.empty()) fail(std::string(path) + " has no header line");
   // Each rank takes the lines that begin in its part of the file.
   const std::streamoff begin = file.tellg();
   file.seekg(0, std::ios::end);
@@ -159,8 +163,15 @@ Rows read_rows(const char* path, int rank, int ranks, bool all) {
   file.seekg(begin + std::max<std::streamoff>(from - 1, 0));
   if (from > 0) std::getline(file, line); // up to the end of the line that began before
   while (file.tellg() - begin < to && std::getline(file, line)) {
+    if (line.empty() || line == "\r") continue;
     std::istringstream cells(line);
-    for (std::string cell; std::getline(cells, cell, ',');) rows.values.push_back(std::stod(cell));
+    size_t count = 0;
+    for (std::string cell; std::getline(cells, cell, ','); ++count) {
+      char* end = nullptr;
+      rows.values.push_back(std::strtod(cell.c_str(), &end));
+      if (end == cell.c_str() || end[std::strspn(end, " \t\r")] != '\0') fail("not a number: " + cell);
+    }
+    if (count != rows.names.size()) fail("not as many cells as in the header: " + line);
   }
   return rows;
 }
@@ -168,8 +179,11 @@ Rows read_rows(const char* path, int rank, int ranks, bool all) {
 double largest_difference(const Estimates& a, const Estimates& b) {
   double largest = 0;
   const auto compare = [&](const std::vector<double>& x, const std::vector<double>& y) {
-    for (size_t i = 0; i < x.size(); ++i)
-      largest = std::max(largest, std::fabs(x[i] - y[i]) / std::max(1.0, std::fabs(y[i])));
+    for (size_t i = 0; i < x.size(); ++i) {
+      const double difference = std::fabs(x[i] - y[i]) / std::max(1.0, std::fabs(y[i]));
+      if (std::isnan(largest)) return;
+      if (!(difference <= largest)) largest = difference; // a NaN stays: it is no agreement
+    }
   };
   compare(a.mean, b.mean);
   compare(a.variance, b.variance);
@@ -203,6 +217,7 @@ int main(int argc, char** argv) {
       merge(state, other);
     }
     const double n = state.weights()[0];
+    if (n < 2) fail("a variance takes two rows at least");
     const Estimates merged = convert(state);
     std::printf("%.0f rows on %d ranks\n%-16s%14s%14s%12s%12s\n", n, ranks, "variable", "mean", "sd", "skewness",
                 "kurtosis");

@@ -58,6 +58,12 @@ def main(library, version_script, *lists):
     if init and int(init[1], 16) > 8:  # one entry, frame_dummy, is the C start-up's own
         faults.append("code runs at load time: .init_array has entries")
 
+    segments = run("readelf", "-lW", library)
+    if not re.search(r"GNU_STACK\s+(\S+\s+){5}RW\s", segments):
+        faults.append("asks for an executable stack")
+    if "TEXTREL" in dynamic:
+        faults.append("has relocations in its code")
+
     wide, beyond = {}, {}
     for function, mnemonic in instructions(library):
         if re.match(r"^v(?!err|erw)[a-z]", mnemonic):

@@ -19,6 +19,11 @@ for program in in_c in_cpp in_c_static in_cpp_static; do
   echo "find_package: $program"
   "$work/build/$program"
 done
+for program in "$work/build"/in_c_o*; do # with the adapters that there are
+  [ -x "$program" ] || continue
+  echo "find_package: ${program##*/}"
+  "$program"
+done
 for program in in_c_static in_cpp_static; do
   ! readelf -d "$work/build/$program" | grep -q libtarn || { echo "$program needs the shared library"; exit 1; }
 done
@@ -34,6 +39,16 @@ for program in c cpp; do
   LD_LIBRARY_PATH=$libdir "$work/$program"
 done
 
+# Each C header on its own, to C and to C++ of its time; vector_functions.h is a part of vector.h.
+include=$(pkg-config --variable=includedir tarn)
+for header in "$include"/tarn/*.h; do
+  name=tarn/${header##*/}
+  [ "$name" = tarn/vector_functions.h ] && continue
+  "$cc" -std=c99 -Wall -Wextra -pedantic -Werror -I"$include" -fsyntax-only -x c - <<<"#include <$name>" &&
+    "$cxx" -std=c++11 -Wall -Wextra -pedantic -Werror -I"$include" -fsyntax-only -x c++ - <<<"#include <$name>" ||
+    { echo "$name does not stand on its own"; exit 1; }
+done
+
 # The first example that a reader meets.
 sed -n '/^```c$/,/^```$/p' "$consumer/../../../README.md" | sed '/^```/d' >"$work/readme.c"
 "$cc" -std=c11 -Wall -Wextra -pedantic -Werror "$work/readme.c" "${flags[@]}" -o "$work/readme"
@@ -46,9 +61,24 @@ read -ra flags <<<"$(pkg-config --static --cflags --libs tarn)"
 flags=("${flags[@]/#-ltarn/-l:libtarn.a}") # the archive; what it needs may be shared
 "$cc" -std=c11 "$consumer/consumer.c" "${flags[@]}" -o "$work/c_static"
 ! readelf -d "$work/c_static" | grep -q libtarn || { echo "c_static needs the shared library"; exit 1; }
+blas=$(readelf -d "$libdir/libtarn.so" | sed -n 's/.*runpath: \[\(.*\)\]/\1/p')
+for program in "$work/c_static" "$work/build/in_c_static"; do
+  readelf -d "$program" | grep -qF "[$blas]" || { echo "$program does not know the BLAS without threads"; exit 1; }
+done
 echo "pkg-config --static: c"
 "$work/c_static"
 
+for adapter in "$libdir"/libtarn_*.so; do
+  [ -e "$adapter" ] || continue
+  name=${adapter##*/lib} name=${name%.so}
+  [ "$(nm -D --defined-only "$adapter" | awk '{ print $3 }')" = "${name}_threader" ] ||
+    { echo "$adapter exports more than its table"; exit 1; }
+done
+
+if [ -x "$work/tarn/bin/tarn_known" ]; then # and its data in the same tree
+  echo "installed known answers"
+  env -u LD_LIBRARY_PATH "$work/tarn/bin/tarn_known" "$work/tarn"/share/tarn/known/*.txt >"$work/log" || { cat "$work/log"; exit 1; }
+fi
 if [ -x "$work/tarn/bin/tarn" ]; then # finds its library beside it
   echo "installed command"
   env -u LD_LIBRARY_PATH "$work/tarn/bin/tarn" --version

@@ -1,12 +1,17 @@
+#include "service/linear_algebra.h"
 #include "service/service.h"
 #include "support/failing_allocator.h"
 #include "tarn/threader.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
+#include <malloc.h>
 #include <string>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -43,6 +48,47 @@ TEST(Memory, AllocateRefusesWhatCannotBe) {
   EXPECT_EQ(tarn_serv_malloc(INT64_MAX, 64), nullptr);
   tarn_serv_deallocate(nullptr);
   tarn_serv_free(nullptr);
+}
+
+// A sum that wraps round would give a block that is shorter than asked for.
+TEST(Memory, NoBlockIsShorterThanAskedFor) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  constexpr int top = 20; // their allocators end the process over what cannot be
+#else
+  constexpr int top = 63;
+#endif
+  std::vector<int64_t> sizes = {-1, INT64_MIN};
+  for (int k = 0; k < top; ++k)
+    for (int64_t d : {-1, 0, 1}) sizes.push_back((int64_t(1) << k) + d);
+  if (top == 63)
+    for (int64_t d = 0; d < 300; ++d) sizes.push_back(INT64_MAX - d);
+  for (int shift = 0; shift < top; ++shift)
+    for (int64_t odd : {0, 1}) {
+      const int64_t alignment = (int64_t(1) << shift) + odd;
+      const bool power = (alignment & (alignment - 1)) == 0;
+      if (top == 20 && (!power || alignment < 8)) continue;
+      for (int64_t size : sizes) {
+        void* block = tarn_serv_allocate(size, alignment);
+        if (block) {
+          EXPECT_TRUE(power && alignment >= 8 && size >= 0) << size << " at " << alignment;
+          EXPECT_TRUE(aligned(block, static_cast<uintptr_t>(alignment)));
+          EXPECT_GE(malloc_usable_size(block), static_cast<size_t>(std::max(size, alignment)));
+        } else {
+          EXPECT_FALSE(power && alignment >= 8 && size >= 0 && std::max(size, alignment) < 1 << 20)
+              << size << " at " << alignment;
+        }
+        tarn_serv_deallocate(block);
+        block = tarn_serv_malloc(size, alignment);
+        if (block) {
+          EXPECT_TRUE(power && alignment >= 32 && size >= 0) << size << " at " << alignment;
+          EXPECT_TRUE(aligned(block, static_cast<uintptr_t>(alignment)));
+        } else {
+          EXPECT_FALSE(power && alignment >= 32 && size >= 0 && std::max(size, alignment) < 1 << 20)
+              << size << " at " << alignment;
+        }
+        tarn_serv_free(block);
+      }
+    }
 }
 
 TEST(Memory, FailureGivesNull) {
@@ -94,6 +140,62 @@ TEST(Locks, OneHolderAtATime) {
   EXPECT_EQ(word, 0u);
 }
 
+// Forks while another thread is busy with work(), again and again; each child does the work as well.
+template <class Work> void fork_beside(Work work) {
+  work(); // the fork that comes before the first use has nothing to wait for
+  std::atomic<bool> over{false};
+  std::thread busy([&] {
+    while (!over) work();
+  });
+  bool fine = true;
+  for (int i = 0; i < 100 && fine; ++i) {
+    const pid_t child = fork();
+    if (child == 0) {
+      alarm(20); // a lock whose holder stayed in the parent is never given back
+      work();
+      _exit(0);
+    }
+    int status = -1;
+    waitpid(child, &status, 0);
+    fine = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    EXPECT_TRUE(fine) << "fork " << i;
+  }
+  over = true;
+  busy.join();
+}
+
+#if !defined(__SANITIZE_ADDRESS__) // whose own allocator may be locked in the child
+TEST(Locks, AChildOfForkAllocates) {
+  fork_beside([] {
+    void* blocks[50];
+    for (void*& block : blocks) block = tarn_serv_malloc(16, 64);
+    for (void* block : blocks) tarn_serv_free(block);
+  });
+}
+#endif
+
+TEST(Locks, AChildOfForkMultiplies) {
+  fork_beside([] {
+    constexpr int32_t n = 64;
+    static const std::vector<double> a(n * n, 1.0);
+    double c[n * n]; // on the stack: not every allocator may be used after a fork beside another thread
+    const double one = 1, zero = 0;
+    tarn_blas_dgemm("N", "N", &n, &n, &n, &one, a.data(), &n, a.data(), &n, &zero, c, &n);
+    if (c[0] != n || c[n * n - 1] != n) _exit(1);
+  });
+}
+
+TEST(Environment, NoRoomIsNoValue) {
+  char buffer[8] = "kept";
+  setenv("TARN_TEST_VALUE", "1234567890", 1);
+  for (int32_t size : {0, -1, INT32_MIN}) EXPECT_EQ(tarn_serv_getenv("TARN_TEST_VALUE", buffer, size), -1);
+  setenv("TARN_TEST_VALUE", "", 1);
+  for (int32_t size : {0, -1, INT32_MIN}) EXPECT_EQ(tarn_serv_getenv("TARN_TEST_VALUE", buffer, size), -1);
+  EXPECT_STREQ(buffer, "kept");
+  EXPECT_EQ(tarn_serv_getenv("TARN_TEST_VALUE", buffer, 1), 0);
+  EXPECT_STREQ(buffer, "");
+}
+
 TEST(Environment, LengthAbsentEmptyAndTooLong) {
   char buffer[8];
   unsetenv("TARN_TEST_VALUE");
@@ -126,6 +228,28 @@ TEST(Print, EveryMessageIsOneLineWithItsArguments) {
   }
   EXPECT_EQ(captured_stderr([] { tarn_serv_print(1, 0x2EB, 0); }), "");
   EXPECT_EQ(captured_stderr([] { tarn_serv_print(1, 0x2FF, 0); }), "");
+}
+
+TEST(Print, ALongNameIsCutAndTheLineEnds) {
+  for (size_t length : {190, 220, 221, 222, 255, 256, 257, 5000}) {
+    const std::string name(length, 'x');
+    const std::string text = captured_stderr([&] { tarn_serv_print(1, 0x2ED, 1, name.c_str()); });
+    EXPECT_EQ(text.find('\n'), text.size() - 1) << length;
+    EXPECT_EQ(text, ("tarn: " + name + ": a pointer was refused\n").substr(0, text.size() - 1) + "\n");
+    EXPECT_TRUE(text.size() == 255 || text.size() == length + 30) << text.size();
+  }
+  EXPECT_EQ(captured_stderr([] { tarn_serv_print(1, 0x2EE, 1, "%s%n%d"); }),
+            "tarn: %s%n%d: argument outside the domain\n");
+}
+
+TEST(Print, TooFewArgumentsPrintNothing) {
+  for (int message = 0x2EC; message <= 0x2FE; ++message)
+    for (int32_t count : {INT32_MIN, -1, 0})
+      EXPECT_EQ(captured_stderr([&] { tarn_serv_print(1, message, count); }), "");
+  EXPECT_EQ(captured_stderr([] { tarn_serv_print(1, 0x2EC, 1, "vdExp"); }), "");
+  EXPECT_EQ(captured_stderr([] { tarn_serv_print(1, 0x2F3, 1, 41); }), "");
+  for (int32_t message : {INT32_MIN, -1, 0, INT32_MAX})
+    EXPECT_EQ(captured_stderr([&] { tarn_serv_print(1, message, 0); }), "");
 }
 
 TEST(Cleanup, TheSamePairCountsOnceAndTheListIsBounded) {

@@ -1,5 +1,8 @@
 // Every ready threader table against the rules that the library relies on.
 #include <atomic>
+#include <chrono>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -11,6 +14,9 @@
 #include "tarn/openmp_threader.h"
 #endif
 #ifdef TARN_HAS_ONETBB
+#include <oneapi/tbb/global_control.h>
+#include <oneapi/tbb/task_arena.h>
+
 #include "tarn/onetbb_threader.h"
 #endif
 
@@ -120,6 +126,95 @@ TEST(Threaders, MayBeReentered) {
     named.table->threader_for(6, 3, &nested, outer);
     EXPECT_EQ(nested.sum, 60) << named.name;
   }
+}
+
+// The tables that programs get; the one for tests knows a single ordered loop at a time, with a section in each body.
+std::vector<Named> delivered_tables() {
+  std::vector<Named> all = tables();
+  std::erase_if(all, [](const Named& named) { return named.table == tarn::test::pthread_threader(); });
+  return all;
+}
+
+// An ordered loop whose bodies fan out themselves: a thread that waits for the end of an inner loop must not begin
+// another iteration of the outer one meanwhile, which would wait for the iteration beneath it.
+struct NestedOrder {
+  const tarn_threader* table;
+  int64_t next = 0;
+  std::atomic<int> inner{0}, faults{0};
+};
+void slow_inner(int64_t, int32_t, int32_t, void* context) {
+  std::this_thread::sleep_for(std::chrono::microseconds(50));
+  static_cast<NestedOrder*>(context)->inner++;
+}
+void slow_region(int32_t, int32_t, int32_t, void* context) { slow_inner(0, 0, 1, context); }
+void in_turn(int64_t i, int32_t, int32_t, void* context) {
+  NestedOrder& state = *static_cast<NestedOrder*>(context);
+  if (state.next++ != i) state.faults++;
+}
+void ordered_inner(int64_t i, int32_t id, int32_t threads, void* context) {
+  NestedOrder& state = *static_cast<NestedOrder*>(context);
+  state.table->threader_ordered(i, id, threads, context, in_turn);
+}
+void ordered_outer(int64_t i, int32_t id, int32_t threads, void* context) {
+  NestedOrder& state = *static_cast<NestedOrder*>(context);
+  state.table->threader_for(8, 8, context, slow_inner);
+  state.table->threader_region(4, context, slow_region);
+  NestedOrder own{state.table};
+  state.table->threader_for_ordered(8, 4, &own, ordered_inner);
+  if (own.next != 8 || own.faults != 0) state.faults++;
+  state.table->threader_ordered(i, id, threads, context, in_turn);
+}
+
+TEST(Threaders, OrderedLoopsNest) {
+  const auto run = [](const Named& named) {
+    for (int repeat = 0; repeat < 10; ++repeat) {
+      NestedOrder state{named.table};
+      named.table->threader_for_ordered(20, 8, &state, ordered_outer);
+      EXPECT_EQ(state.next, 20) << named.name;
+      EXPECT_EQ(state.inner, 20 * 12) << named.name;
+      EXPECT_EQ(state.faults, 0) << named.name;
+    }
+  };
+  alarm(60); // a loop that waits for itself never ends
+#ifdef TARN_HAS_ONETBB
+  // More workers than a small machine has processors.
+  oneapi::tbb::global_control workers(oneapi::tbb::global_control::max_allowed_parallelism, 8);
+  oneapi::tbb::task_arena arena(8);
+  arena.execute([&] {
+    for (const Named& named : delivered_tables()) run(named);
+  });
+#else
+  for (const Named& named : delivered_tables()) run(named);
+#endif
+  alarm(0);
+}
+
+// What is empty runs nothing, and a loop whose bodies have no section, or only some, still ends.
+struct Few {
+  const tarn_threader* table;
+  std::vector<int64_t> order;
+  std::atomic<int> bodies{0};
+};
+void few_section(int64_t i, int32_t, int32_t, void* context) { static_cast<Few*>(context)->order.push_back(i); }
+void few_body(int64_t i, int32_t id, int32_t threads, void* context) {
+  Few& few = *static_cast<Few*>(context);
+  few.bodies++;
+  if (i % 3 == 1) few.table->threader_ordered(i, id, threads, context, few_section);
+}
+
+TEST(Threaders, OrderedLoopsWithFewSections) {
+  alarm(60);
+  for (const Named& named : delivered_tables())
+    for (int32_t threads : {-1, 0, 1, 2, 9})
+      for (int64_t count : {0, 1, 2, 5, 100}) {
+        Few few{named.table, {}};
+        named.table->threader_for_ordered(count, threads, &few, few_body);
+        EXPECT_EQ(few.bodies, count) << named.name;
+        std::vector<int64_t> expected;
+        for (int64_t i = 1; i < count; i += 3) expected.push_back(i);
+        EXPECT_EQ(few.order, expected) << named.name << " " << threads << " " << count;
+      }
+  alarm(0);
 }
 
 // All tables lead to the same estimates but for rounding, and to the same bits for what is not split.

@@ -4,6 +4,8 @@
 #include <dlfcn.h>
 #include <malloc.h>
 #include <pthread.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <thread>
 #include <vector>
@@ -109,6 +111,18 @@ TEST(Lifetime, ThousandLoads) {
   pthread_key_t key;
   ASSERT_EQ(pthread_key_create(&key, nullptr), 0) << "keys are used up";
   pthread_key_delete(key);
+}
+
+TEST(Lifetime, ForkAfterTheLibraryIsGone) {
+  Library tarn;
+  use_everything(tarn);
+  tarn.close();
+  ASSERT_EQ(dlopen(TARN_LIBRARY, RTLD_NOLOAD | RTLD_NOW), nullptr);
+  const pid_t child = fork(); // calls nothing of the library's
+  if (child == 0) _exit(7);
+  int status = -1;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 7);
 }
 
 TEST(Lifetime, CellsOfRunningThreadsGoWithTheLibrary) {

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <pthread.h>
 #include <string>
 #include <thread>
 #include <vector>
@@ -372,6 +373,20 @@ TEST(CellMemory, EndsTheProcessWithThree) {
   EXPECT_EXIT(without_memory([] { __lumeGetErrStatus(); }), testing::ExitedWithCode(3), "");
   EXPECT_EXIT(without_memory([] { __lumeGetErrorCallBack(); }), testing::ExitedWithCode(3), "");
   EXPECT_EXIT(without_memory([] { __lumeSetInterfInputVectorPointer(nullptr); }), testing::ExitedWithCode(3), "");
+}
+
+// With every key of the process in use, whatever number the library went on with would be another's.
+TEST(CellMemory, WithoutAKeyTheProcessEndsWithThree) {
+  const auto without_keys = [](auto use) {
+    static char others[256];
+    pthread_key_t key;
+    while (pthread_key_create(&key, nullptr) == 0) pthread_setspecific(key, others);
+    use();
+  };
+  testing::FLAGS_gtest_death_test_style = "threadsafe"; // a process in which no key of the library exists
+  EXPECT_EXIT(without_keys([] { __lumeGetMode(); }), testing::ExitedWithCode(3), "");
+  EXPECT_EXIT(without_keys([] { __lumeGetErrStatus(); }), testing::ExitedWithCode(3), "");
+  EXPECT_EXIT(without_keys([] { __lumeGetErrorCallBack(); }), testing::ExitedWithCode(3), "");
 }
 
 TEST(CellMemory, NothingIsTakenAfterTheFirstUse) {

@@ -3,6 +3,7 @@
 // the cells of ended threads go with their key's destructor.
 #pragma once
 
+#include <errno.h>
 #include <pthread.h>
 #include <stdint.h>
 
@@ -34,7 +35,7 @@ __attribute__((noinline, cold)) inline void make_key(TlsKeyRecord* record, void 
   tarn_serv_lock(&record->lock);
   if (!(record->flags & 1)) {
     pthread_key_t key = 0;
-    pthread_key_create(&key, destructor);
+    if (pthread_key_create(&key, destructor)) tarn_serv_exit(3); // without a key of its own it would write to another's
     record->key = key;
     record->destructor = destructor;
     __atomic_store_n(&record->flags, record->flags | 1u, __ATOMIC_RELEASE);
@@ -47,7 +48,8 @@ template <class Value> __attribute__((noinline, cold)) Cell<Value>* make_cell(Tl
   Cell<Value>* cell = static_cast<Cell<Value>*>(tarn_serv_malloc(size, 64)); // a cache line of its own
   if (!cell) tarn_serv_exit(3);
   cell->value = Value{};
-  pthread_setspecific(static_cast<pthread_key_t>(record->key), cell);
+  // Other failures than of memory mean that the process ends on another thread, which has taken the key away.
+  if (pthread_setspecific(static_cast<pthread_key_t>(record->key), cell) == ENOMEM) tarn_serv_exit(3);
   return cell;
 }
 

@@ -1,4 +1,4 @@
-/* A stranger's C program: every public C header on its own, and calls into it. */
+/* A stranger's C program: a few of the public headers, and calls into the library. */
 #include <tarn/service.h>
 #include <tarn/threader.h>
 #include <tarn/vector.h>
