@@ -331,8 +331,9 @@ void add_eval(CLI::App& program) {
       ->check(CLI::IsMember({"d", "s"}))
       ->capture_default_str();
   eval_command
-      ->add_option("--scalar", options->scalar_texts,
-                   "A value given once: the exponent of Powx; scalea, shifta, scaleb, shiftb of LinearFrac; repeatable")
+      ->add_option(
+          "--scalar", options->scalar_texts,
+          "A value given once, in the order of the arguments: scalea, shifta, scaleb, shiftb of LinearFrac; repeatable")
       ->allow_extra_args(false);
   add_output_options(*eval_command, options->output);
   eval_command->add_option("--threads", options->threads, "Threads for long input; 0: as many as OpenMP would use")

@@ -4,6 +4,7 @@
 #include "command/options.h"
 #include "command/output.h"
 #include "command/subcommands.h"
+#include "command/svg.h"
 #include "tarn/fitting.h"
 #include "tarn/openmp_threader.h"
 
@@ -253,7 +254,7 @@ std::vector<double> sites_of(const FitOptions& options, const Data& data) {
     if (count < 2 || count > most) throw Failure("--at takes a count from 2 to 100000000, or a list such as 0.5,1,2");
     std::vector<double> sites(static_cast<size_t>(count));
     for (size_t i = 0; i < sites.size(); ++i)
-      sites[i] = data.x.front() + (data.x.back() - data.x.front()) * (static_cast<double>(i) / (count - 1));
+      sites[i] = svg::Range{data.x.front(), data.x.back()}.at(static_cast<double>(i) / (count - 1));
     sites.back() = data.x.back();
     return sites;
   }
@@ -329,7 +330,7 @@ std::string draw(const FitOptions& options, const Data& data, const Spline& spli
   }
   // A look-up has no curve but its points.
   if (options.kind != "look-up")
-    for (int i = 0; i < samples; ++i) picture.curve_x.push_back(low + (high - low) * (i / double(samples - 1)));
+    for (int i = 0; i < samples; ++i) picture.curve_x.push_back(svg::Range{low, high}.at(i / double(samples - 1)));
   const size_t functions = data.y_names.size();
   std::vector<double> values;
   if (!picture.curve_x.empty()) values = spline.evaluate(picture.curve_x, {0});
@@ -350,6 +351,8 @@ std::string draw(const FitOptions& options, const Data& data, const Spline& spli
 void fit(const FitOptions& given) {
   FitOptions options = given;
   if (options.threads > 0) omp_set_num_threads(options.threads);
+  // Without values or integrals there is no table, and the picture may go anywhere.
+  if (!options.at.empty() || !options.integrals.empty()) check_distinct({options.output.path, options.picture});
   const Kind& kind =
       *std::find_if(std::begin(kinds), std::end(kinds), [&](const Kind& k) { return options.kind == k.name; });
   std::vector<int64_t>& orders = options.derivatives;
@@ -384,6 +387,7 @@ void fit(const FitOptions& given) {
     picture = std::make_unique<Output>(options.picture);
     picture->write(draw(options, data, spline, sites, integrals));
   }
+  if (picture) picture->flush();
   if (table) table->commit();
   if (picture) picture->commit();
   if (data.left_out > 0)
@@ -413,17 +417,21 @@ void add_fit(CLI::App& program) {
   fit_command->add_option("--inner", options->inner,
                           "Column of derivatives at the inner points: the first ones for hermite, the second ones for "
                           "default");
-  CLI::Option* at = fit_command->add_option("--at", options->at,
-                                            "Sites: a list such as 0.5,1,2 (3, is a list of one), or how many "
-                                            "equally spaced ones over the data");
+  CLI::Option* at = fit_command
+                        ->add_option("--at", options->at,
+                                     "Sites: a list such as 0.5,1,2 (3, is a list of one), or how many "
+                                     "equally spaced ones over the data")
+                        ->check(not_empty());
   fit_command->add_option("--derivatives", options->derivatives, "Orders to print; 0 is the value")
       ->delimiter(',')
+      ->allow_extra_args(false)
       ->check(CLI::Range(int64_t(0), int64_t(10)))
       ->needs(at);
   CLI::Option* integrate =
       fit_command->add_option("--integrate", options->integrals, "A:B, a range to integrate over; repeatable")
           ->allow_extra_args(false);
-  CLI::Option* picture = fit_command->add_option("--picture", options->picture, "SVG file for the curve with its data");
+  CLI::Option* picture = fit_command->add_option("--picture", options->picture, "SVG file for the curve with its data")
+                             ->check(not_empty());
   fit_command->add_option("--threads", options->threads, "Threads to use; 0: as OpenMP says")
       ->check(CLI::Range(0, 1024));
   fit_command->footer(

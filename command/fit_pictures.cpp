@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace tarn::command {
 
@@ -16,16 +17,20 @@ constexpr const char* colours[] = {"#4477aa", "#ee6677", "#228833", "#ccbb44", "
 // From data to the picture.
 struct Axes {
   Range x, y;
-  double across(double v) const { return left_margin + width * (v - x.low) / (x.high - x.low); }
-  double up(double v) const { return top_margin + height - height * (v - y.low) / (y.high - y.low); }
+  double across(double v) const { return left_margin + width * x.part(v); }
+  double up(double v) const { return top_margin + height - height * y.part(v); }
 };
 
 // Round numbers, about five of them within the range.
 std::vector<double> ticks(Range range) {
-  const double raw = (range.high - range.low) / 5, power = std::pow(10, std::floor(std::log10(raw)));
+  const double raw = range.high / 5 - range.low / 5, power = std::pow(10, std::floor(std::log10(raw)));
   const double step = power * (raw / power < 1.5 ? 1 : raw / power < 3.5 ? 2 : raw / power < 7.5 ? 5 : 10);
   std::vector<double> at;
-  for (double k = std::ceil(range.low / step); k * step <= range.high && at.size() < 20; ++k) at.push_back(k * step);
+  const double first = std::ceil(range.low / step);
+  for (int i = 0; i < 20; ++i) {
+    const double tick = (first + i) * step;
+    if (tick >= range.low && tick <= range.high && (at.empty() || tick > at.back())) at.push_back(tick);
+  }
   return at;
 }
 
@@ -84,8 +89,8 @@ std::string draw_fit(const FitPicture& picture) {
     ys.insert(ys.end(), curve.curve.begin(), curve.curve.end());
   }
   Axes axes = {range_of(xs), range_of(ys)};
-  const double room = 0.04 * (axes.y.high - axes.y.low);
-  axes.y = {axes.y.low - room, axes.y.high + room};
+  const double room = 0.04 * axes.y.high - 0.04 * axes.y.low, most = std::numeric_limits<double>::max();
+  axes.y = {std::max(axes.y.low - room, -most), std::min(axes.y.high + room, most)};
 
   std::string svg = start(left_margin + width + 30, top_margin + height + bottom_margin) + grid(axes);
   if (picture.shaded_low != picture.shaded_high) {

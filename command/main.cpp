@@ -2,7 +2,9 @@
 #include "command/subcommands.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <iostream>
 #include <new>
@@ -28,6 +30,12 @@ bool has_subcommand(const CLI::App& program, const std::string& name) {
                      [&](const CLI::App* subcommand) { return subcommand->get_name() == name; });
 }
 
+// Whether what was printed through the stream of the standard library arrived.
+int told() noexcept {
+  return std::cout.flush() ? Done
+                           : fail(std::string("cannot write standard output: ") + std::strerror(errno), CouldNot);
+}
+
 int run(int argc, char** argv) {
   CLI::App program("tarn: vector math, random streams, statistics and data fitting at the command line\n"
                    "Each subcommand has a help page with examples: tarn eval --help");
@@ -41,12 +49,15 @@ int run(int argc, char** argv) {
   tarn::command::add_stats(program);
 
   const bool named = argc > 1 && argv[1][0] != '-';
+  errno = 0;
   try {
     program.parse(argc, argv);
     if (program.get_subcommands().empty()) std::cout << program.help();
-    return Done;
+    return told();
   } catch (const CLI::Success& help_or_version) {
-    return program.exit(help_or_version);
+    errno = 0;
+    program.exit(help_or_version);
+    return told();
   } catch (const CLI::ParseError& error) {
     if (named && !has_subcommand(program, argv[1]))
       return fail(std::string("no subcommand named ") + argv[1] + " (try: tarn --help)", BadUsage);

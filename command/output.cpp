@@ -2,6 +2,7 @@
 
 #include "command/failure.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
@@ -10,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <limits>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,22 +22,33 @@ namespace {
 
 constexpr size_t buffer_size = size_t{1} << 16;
 
-// The one temporary that a signal has to remove; a fixed array, since a handler may not touch anything else.
-std::array<char, 4096> doomed{};
+// The temporaries that a signal has to remove; fixed arrays, since a handler may not touch anything else.
+std::array<std::array<char, 4096>, 4> all_doomed{};
 
 extern "C" void remove_temporary(int signal_number) {
-  if (doomed[0]) unlink(doomed.data());
+  for (const auto& name : all_doomed)
+    if (name[0]) unlink(name.data());
   std::signal(signal_number, SIG_DFL);
   raise(signal_number);
 }
 
-void remove_on_signal(const std::string& file) {
-  if (file.size() >= doomed.size()) return;
-  std::memcpy(doomed.data(), file.c_str(), file.size() + 1);
+char* remove_on_signal(const std::string& file) {
+  const auto place = std::find_if(all_doomed.begin(), all_doomed.end(), [](const auto& name) { return !name[0]; });
+  if (place == all_doomed.end() || file.size() >= place->size()) return nullptr;
+  std::memcpy(place->data(), file.c_str(), file.size() + 1);
   for (int number : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
     struct sigaction now {};
     if (sigaction(number, nullptr, &now) == 0 && now.sa_handler == SIG_DFL) std::signal(number, remove_temporary);
   }
+  return place->data();
+}
+
+// A descriptor that is not one of the standard streams, which the caller of the program may have closed.
+int beside_the_standard_streams(int descriptor) {
+  if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+  const int higher = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  close(descriptor);
+  return higher;
 }
 
 mode_t default_mode() {
@@ -55,7 +68,7 @@ Output::Output(const std::string& name) : path(name) {
   struct stat status {};
   const bool exists = stat(path.c_str(), &status) == 0;
   if (exists && !S_ISREG(status.st_mode)) {
-    descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    descriptor = beside_the_standard_streams(open(path.c_str(), O_WRONLY | O_CLOEXEC));
     if (descriptor < 0) refuse();
     return;
   }
@@ -72,7 +85,8 @@ Output::Output(const std::string& name) : path(name) {
     temporary.clear();
     refuse();
   }
-  remove_on_signal(temporary);
+  descriptor = beside_the_standard_streams(descriptor);
+  doomed = remove_on_signal(temporary);
   fchmod(descriptor, exists ? status.st_mode & 07777 : default_mode());
 }
 
@@ -80,8 +94,13 @@ Output::~Output() {
   if (descriptor >= 0 && descriptor != STDOUT_FILENO) close(descriptor);
   if (!temporary.empty()) {
     unlink(temporary.c_str());
-    doomed[0] = 0;
+    forget();
   }
+}
+
+void Output::forget() {
+  if (doomed) *doomed = 0;
+  doomed = nullptr;
 }
 
 void Output::refuse() const {
@@ -114,7 +133,51 @@ void Output::commit() {
   if (temporary.empty()) return;
   if (rename(temporary.c_str(), path.c_str()) != 0) refuse();
   temporary.clear();
-  doomed[0] = 0;
+  forget();
+}
+
+void check_distinct(const std::vector<std::string>& paths) {
+  for (size_t i = 0; i < paths.size(); ++i)
+    for (size_t j = 0; j < i; ++j) {
+      if (paths[i].empty() || paths[j].empty()) continue;
+      std::error_code error;
+      namespace fs = std::filesystem;
+      const bool device = fs::exists(paths[i], error) && !fs::is_regular_file(paths[i], error);
+      const bool standard = paths[i] == "-" || paths[j] == "-";
+      if (standard ? paths[i] == paths[j]
+                   : !device && fs::weakly_canonical(paths[i], error) == fs::weakly_canonical(paths[j], error))
+        throw Failure(std::string("two outputs have the same name, ") +
+                      (standard ? "standard output" : paths[i].c_str()));
+    }
+}
+
+std::string in_one_line(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; }, ' ');
+  return text;
+}
+
+// Well-formed sequences as Unicode's table 3-7 has them.
+std::string as_utf8(std::string_view text) {
+  std::string result;
+  while (!text.empty()) {
+    const auto byte = [&](size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
+    const unsigned first = byte(0), second = byte(1);
+    size_t length = first < 0x80 ? 1 : first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF5 ? 4 : 0;
+    for (size_t i = 1; i < length; ++i)
+      if (byte(i) < 0x80 || byte(i) > 0xBF) length = 0;
+    const bool overlong = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
+    const bool surrogate = first == 0xED && second > 0x9F, beyond = first == 0xF4 && second > 0x8F;
+    const bool no_character = first == 0xEF && second == 0xBF && byte(2) > 0xBD;
+    if (length == 0 || overlong || surrogate || beyond || no_character) {
+      result += "\xEF\xBF\xBD";
+      length = length == 3 && no_character ? 3 : 1;
+    } else {
+      result += text.substr(0, length);
+    }
+    text.remove_prefix(length);
+  }
+  return result;
 }
 
 void append_number(std::string& text, double value, Real real) {
@@ -178,7 +241,7 @@ void RowWriter::end_row() {
 }
 
 void RowWriter::comment(const std::string& words) {
-  if (!binary && separator == '\t') output.write("# " + words + '\n');
+  if (!binary && separator == '\t') output.write("# " + in_one_line(words) + '\n');
 }
 
 }

@@ -20,20 +20,31 @@ public:
   Output(const Output&) = delete;
   Output& operator=(const Output&) = delete;
   void write(std::string_view bytes);
+  void flush();  // hands on what was written so far, so that commit() has little left to fail of
   void commit(); // throws Failure when anything could not be written
   bool is_terminal() const;
 
 private:
-  void flush();
+  void forget();
   [[noreturn]] void refuse() const;
   std::string path, temporary, buffer;
   int descriptor = -1;
+  char* doomed = nullptr; // the temporary's name where the signal handler looks for it
 };
+
+// Throws Failure when two outputs would be the same file, or both standard output. An empty path is no output.
+void check_distinct(const std::vector<std::string>& paths);
 
 struct OutputOptions {
   std::string path = "-";
   std::string format = "text"; // text, csv, binary
 };
+
+// The text with U+FFFD in place of what is no UTF-8 or what XML forbids even there.
+std::string as_utf8(std::string_view text);
+
+// The text with blanks in place of control characters.
+std::string in_one_line(std::string text);
 
 // Appends the shortest text that reads back to the same bits. A NaN is written nan, whatever its sign.
 void append_number(std::string& text, double value, Real real);

@@ -8,8 +8,11 @@
 #include "tarn/random.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <memory>
 #include <string>
 #include <unistd.h>
@@ -65,6 +68,7 @@ StreamPtr make_stream(const RandomOptions& options) {
     check(status, "make a stream of " + options.generator + ", member " + std::to_string(options.member));
   }
   StreamPtr made(stream);
+  if (!options.leapfrog.empty() && options.leapfrog[1] == 0) throw Failure("--leapfrog takes an N of 1 or above");
   if (!options.leapfrog.empty())
     check(__kestLeapfrogStream(stream, options.leapfrog[0], options.leapfrog[1]), "leapfrog this generator");
   if (options.skip != 0)
@@ -94,10 +98,13 @@ constexpr uint64_t kSlice = 8192;
 
 // fill(n) gives n values as bytes of the output.
 template <class Fill> void write_all(const RandomOptions& options, Fill fill) {
+  check_distinct({options.output.path, options.save});
   const StreamPtr stream = make_stream(options);
   tarn_brng_properties row;
   __kestGetBrngProperties(stream->brng, &row);
   Output output(options.output.path);
+  if (options.output.format == "binary" && output.is_terminal())
+    throw Failure("binary output is not for a terminal; name a file with --output");
   Progress progress(options.count, output.is_terminal());
   for (uint64_t done = 0; done < options.count;) {
     const auto n = static_cast<int32_t>(std::min(kSlice, options.count - done));
@@ -105,8 +112,17 @@ template <class Fill> void write_all(const RandomOptions& options, Fill fill) {
     done += static_cast<uint64_t>(n);
     progress.tell(done);
   }
-  if (!options.save.empty()) check(__kestSaveStreamF(stream.get(), options.save.c_str(), -1), "save " + options.save);
-  output.commit();
+  if (!options.save.empty()) {
+    Output image(options.save);
+    std::string bytes(static_cast<size_t>(__kestGetStreamSize(stream.get())), '\0');
+    check(__kestSaveStreamM(stream.get(), bytes.data()), "save " + options.save);
+    image.write(bytes);
+    image.flush();
+    output.commit();
+    image.commit();
+  } else {
+    output.commit();
+  }
 }
 
 template <class Value> std::string as_bytes(const std::vector<Value>& values) {
@@ -149,6 +165,18 @@ std::string bits(const RandomOptions& options, tarn_stream* stream, const tarn_b
   return text;
 }
 
+// CLI11 takes -5 for an unsigned number, too, and what is too large for the largest.
+CLI::Validator whole_number() {
+  return {[](std::string& text) {
+            uint64_t value = 0;
+            const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+            return error == std::errc{} && end == text.data() + text.size()
+                       ? std::string()
+                       : text + " is not a whole number from 0 to 18446744073709551615";
+          },
+          "", "whole_number"};
+}
+
 void add_common(CLI::App& sub, RandomOptions& options) {
   std::vector<std::string> names;
   for (const Generator& g : generators) names.emplace_back(g.name);
@@ -159,15 +187,21 @@ void add_common(CLI::App& sub, RandomOptions& options) {
                      ->check(CLI::Range(0, 0xFFFFF));
   auto* seeds = sub.add_option("-s,--seed", options.seeds, "seed words; for Sobol and Niederr the dimension first");
   sub.add_option("--load", options.load, "go on with the stream of this image")
+      ->check(not_empty())
       ->excludes(generator)
       ->excludes(member)
       ->excludes(seeds);
-  sub.add_option("--save", options.save, "write the image of the stream as it stands at the end");
-  sub.add_option("--leapfrog", options.leapfrog, "K N: every N-th number from number K on")->expected(2);
-  sub.add_option("--skip", options.skip, "numbers to leave out first, after the leapfrog")
-      ->check(CLI::NonNegativeNumber);
-  sub.add_option("-n,--count", options.count, "how many numbers")->check(CLI::NonNegativeNumber)->capture_default_str();
-  sub.add_option("-o,--output", options.output.path, "File to write; - is standard output")->capture_default_str();
+  sub.add_option("--save", options.save, "write the image of the stream as it stands at the end")->check(not_empty());
+  sub.add_option("--leapfrog", options.leapfrog,
+                 "K N: every N-th number from number K on; of Sobol and Niederr, coordinate K of "
+                 "every point, with N 2147483647")
+      ->expected(2)
+      ->check(CLI::Range(int32_t(0), std::numeric_limits<int32_t>::max()));
+  sub.add_option("--skip", options.skip, "numbers to leave out first, after the leapfrog")->check(whole_number());
+  sub.add_option("-n,--count", options.count, "how many numbers")->check(whole_number())->capture_default_str();
+  sub.add_option("-o,--output", options.output.path, "File to write; - is standard output")
+      ->check(not_empty())
+      ->capture_default_str();
   sub.add_option("--to", options.output.format, "text or binary")
       ->check(CLI::IsMember({"text", "binary"}))
       ->capture_default_str();
@@ -182,10 +216,15 @@ void add_random(CLI::App& program) {
 
   CLI::App* values = random->add_subcommand("uniform", "values between two limits");
   add_common(*values, *options);
-  values->add_option("-a,--lower", options->lower, "the lower limit")->capture_default_str();
-  values->add_option("-b,--upper", options->upper, "the upper limit")->capture_default_str();
+  values->add_option("-a,--lower", options->lower, "the lower limit")->check(finite())->capture_default_str();
+  values->add_option("-b,--upper", options->upper, "the upper limit")->check(finite())->capture_default_str();
   values->add_option("-t,--type", options->type, "d or s")->check(CLI::IsMember({"d", "s"}))->capture_default_str();
   values->callback([options] {
+    const bool single = options->type == "s";
+    const double width = single ? static_cast<float>(options->upper) - static_cast<float>(options->lower)
+                                : options->upper - options->lower;
+    if (!(width > 0) || !std::isfinite(width))
+      throw Failure("the lower limit must be below the upper one, by a width that is finite in type " + options->type);
     write_all(*options, [&](tarn_stream* stream, const tarn_brng_properties& row, int32_t n) {
       return options->type == "d" ? uniform<double>(*options, stream, row, n)
                                   : uniform<float>(*options, stream, row, n);

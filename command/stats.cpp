@@ -186,7 +186,8 @@ public:
   std::string text() const;
   std::string csv() const;
   std::string json() const;
-  void draw() const;
+  std::string histograms() const { return draw_histograms(samples(), note()); }
+  std::string scatter() const { return draw_scatter_matrix(samples(), note()); }
 
 private:
   // The weights are read as one more column.
@@ -198,19 +199,22 @@ private:
 
   void set_up(const Table& table) {
     weight_column = table.columns.size();
-    if (!options.weights.empty()) {
-      for (size_t i = 0; i < table.columns.size(); ++i)
-        if (table.columns[i].name == options.weights || std::to_string(i + 1) == options.weights) weight_column = i;
-      if (!options.input.columns.empty()) weight_column = table.columns.size() - 1;
-      if (weight_column == table.columns.size())
+    const std::vector<std::string>& chosen = options.input.columns;
+    if (!options.weights.empty() && !chosen.empty()) {
+      weight_column = table.columns.size() - 1;
+    } else if (!options.weights.empty()) {
+      std::vector<std::string_view> names;
+      for (const Column& column : table.columns) names.emplace_back(column.name);
+      weight_column = find_column(names, names.size(), options.weights, table.source);
+      if (weight_column == no_column)
         throw Failure(table.source + ": no column \"" + options.weights + "\" for the weights");
     }
     const bool weighted = weight_column < table.columns.size();
     for (size_t i = 0; i < table.columns.size(); ++i) {
       if (i == weight_column) continue;
       const std::string& name = table.columns[i].name;
-      variables.push_back(
-          std::make_unique<Variable>(name.empty() ? "column " + std::to_string(i + 1) : name, options, weighted));
+      variables.push_back(std::make_unique<Variable>(
+          name.empty() ? "column " + (chosen.empty() ? std::to_string(i + 1) : chosen[i]) : name, options, weighted));
     }
     if (variables.empty()) throw Failure(table.source + ": no variable beside the weights");
     if (variables.size() > 1 && !options.moments_only)
@@ -271,6 +275,9 @@ private:
     std::fflush(stderr);
   }
 
+  std::vector<Sample> samples() const;
+  std::string note() const;
+
   struct Figure {
     std::string name;
     double value;
@@ -280,8 +287,8 @@ private:
                                 {"skewness", v.skewness}, {"kurtosis", v.kurtosis},      {"min", v.minimum}};
     if (v.count == 0) list.back().value = NAN;
     for (size_t k = 0; k < options.orders.size(); ++k) {
-      char name[32];
-      std::snprintf(name, sizeof name, "q%g", options.orders[k]);
+      std::string name = "q";
+      append_number(name, options.orders[k], Real::Double);
       list.push_back({name, v.quantiles[k]});
     }
     list.push_back({"max", v.count ? v.maximum : NAN});
@@ -310,15 +317,21 @@ std::string padded(const std::string& text, size_t width, bool left) {
 
 std::string Summary::text() const {
   size_t names = 8;
-  for (const auto& v : variables) names = std::max(names, v->name.size());
-  constexpr int width = 12;
-  std::string out = padded("variable", names, true) + padded("n", width, false) + padded("missing", width, false);
-  for (const Figure& figure : figures(*variables.front())) out += padded(figure.name, width, false);
-  out += '\n';
+  std::vector<std::string> labels;
   for (const auto& v : variables) {
-    out += padded(v->name, names, true) + padded(std::to_string(v->count), width, false) +
+    labels.push_back(in_one_line(v->name));
+    names = std::max(names, labels.back().size());
+  }
+  constexpr int width = 14; // -1.23457e+100 and a blank
+  const auto figure_width = [](const Figure& figure) { return std::max<size_t>(width, figure.name.size() + 1); };
+  std::string out = padded("variable", names, true) + padded("n", width, false) + padded("missing", width, false);
+  for (const Figure& figure : figures(*variables.front())) out += padded(figure.name, figure_width(figure), false);
+  out += '\n';
+  for (size_t i = 0; i < variables.size(); ++i) {
+    const auto& v = variables[i];
+    out += padded(labels[i], names, true) + padded(std::to_string(v->count), width, false) +
            padded(std::to_string(v->missing), width, false);
-    for (const Figure& figure : figures(*v)) out += cell(figure.value, width);
+    for (const Figure& figure : figures(*v)) out += padded(cell(figure.value, width), figure_width(figure), false);
     out += '\n';
   }
   if (streaming) {
@@ -331,14 +344,14 @@ std::string Summary::text() const {
   const auto matrix = [&](const char* title, const std::vector<double>& values, bool unit_diagonal) {
     out += "\n" + std::string(title) + " (" + std::to_string(matrices->count) + " complete rows)\n" +
            std::string(names, ' ');
-    for (const auto& v : variables) out += " " + padded(v->name, width - 1, false);
+    for (const std::string& label : labels) out += " " + padded(label, width - 1, false);
     out += '\n';
     const size_t p = variables.size();
     for (size_t i = 0; i < p; ++i) {
-      out += padded(variables[i]->name, names, true);
+      out += padded(labels[i], names, true);
       for (size_t j = 0; j < p; ++j)
         out += padded(cell(unit_diagonal && i == j ? 1 : values[i * p + j], width), //
-                      std::max<size_t>(width, variables[j]->name.size() + 1), false);
+                      std::max<size_t>(width, labels[j].size() + 1), false);
       out += '\n';
     }
   };
@@ -384,7 +397,7 @@ std::string Summary::csv() const {
 
 std::string json_text(const std::string& text) {
   std::string quoted = "\"";
-  for (const char c : text) {
+  for (const char c : as_utf8(text)) {
     if (c == '"' || c == '\\') quoted += '\\';
     if (static_cast<unsigned char>(c) < 0x20) {
       char code[8];
@@ -429,33 +442,39 @@ std::string Summary::json() const {
   return out + "\n}\n";
 }
 
-void write_file(const std::string& path, const std::string& content) {
-  Output output(path);
-  output.write(content);
-  output.commit();
-}
-
-void Summary::draw() const {
+std::vector<Sample> Summary::samples() const {
   std::vector<Sample> samples;
   for (size_t j = 0; j < variables.size(); ++j) {
     Sample& sample = samples.emplace_back(Sample{variables[j]->name, {}});
     for (const auto& row : shown.rows) sample.values.push_back(row[j]);
   }
-  const std::string note = shown.seen > shown.rows.size() ? "a random sample of " + std::to_string(shown.rows.size()) +
-                                                                " of " + std::to_string(shown.seen) + " rows"
-                                                          : std::to_string(shown.seen) + " rows";
-  if (!options.histogram.empty()) write_file(options.histogram, draw_histograms(samples, note));
-  if (!options.scatter.empty()) write_file(options.scatter, draw_scatter_matrix(samples, note));
+  return samples;
+}
+
+std::string Summary::note() const {
+  return shown.seen > shown.rows.size()
+             ? "a random sample of " + std::to_string(shown.rows.size()) + " of " + std::to_string(shown.seen) + " rows"
+             : std::to_string(shown.seen) + " rows";
 }
 
 void run(const StatsOptions& options) {
   if (options.threads > 0) omp_set_num_threads(options.threads);
+  check_distinct({options.output, options.histogram, options.scatter});
   Summary summary(options);
   summary.read();
-  summary.draw();
-  write_file(options.output, options.format == "csv"    ? summary.csv()
-                             : options.format == "json" ? summary.json()
-                                                        : summary.text());
+  // All files appear when all are complete; standard output, which cannot be taken back, is written last.
+  std::vector<std::unique_ptr<Output>> outputs;
+  const auto write = [&](const std::string& path, const std::string& content) {
+    outputs.push_back(std::make_unique<Output>(path));
+    outputs.back()->write(content);
+  };
+  if (!options.histogram.empty()) write(options.histogram, summary.histograms());
+  if (!options.scatter.empty()) write(options.scatter, summary.scatter());
+  write(options.output, options.format == "csv"    ? summary.csv()
+                        : options.format == "json" ? summary.json()
+                                                   : summary.text());
+  for (const auto& output : outputs) output->flush();
+  for (const auto& output : outputs) output->commit();
 }
 
 }
@@ -464,23 +483,29 @@ void add_stats(CLI::App& program) {
   auto options = std::make_shared<StatsOptions>();
   CLI::App* stats = program.add_subcommand("stats", "Moments, quantiles, covariance and correlation of a table");
   add_input_options(*stats, options->input);
-  stats->add_option("--weights", options->weights, "The column of weights, by name or number (0 or above)");
+  stats->add_option("--weights", options->weights, "The column of weights (0 or above), by name or number")
+      ->check(not_empty());
   stats->add_option("--quantiles", options->orders, "Orders of the quantiles, from 0 to 1")
       ->delimiter(',')
-      ->check(CLI::Range(0.0, 1.0));
+      ->allow_extra_args(false)
+      ->check(CLI::Range(0.0, 1.0))
+      ->check(finite());
   stats->add_flag("--fast", options->fast, "From raw power sums: less arithmetic, for means not far from zero");
   stats->add_flag("--moments-only", options->moments_only, "No covariance and correlation");
   stats->add_option("--block", options->block, "Bytes read at a time; longer input passes block by block")
       ->transform(CLI::AsSizeValue(false))
       ->check(CLI::Range(int64_t(64), int64_t(1) << 40));
   stats->add_option("--epsilon", options->epsilon, "Rank error of the quantiles of longer input, as a part of n")
-      ->check(CLI::Range(1e-6, 1.0));
+      ->check(CLI::Range(1e-6, 1.0))
+      ->check(finite());
   stats->add_option("--threads", options->threads, "Threads to use; 0: as OpenMP says")->check(CLI::Range(0, 1024));
-  stats->add_option("-o,--output", options->output, "File to write, whole or not at all; - : standard output");
+  stats->add_option("-o,--output", options->output, "File to write, whole or not at all; - : standard output")
+      ->check(not_empty());
   stats->add_option("--to", options->format, "Output format: text, csv (one figure a line), json")
       ->check(CLI::IsMember({"text", "csv", "json"}));
-  stats->add_option("--histogram", options->histogram, "SVG file for a histogram of each variable");
-  stats->add_option("--scatter", options->scatter, "SVG file for every variable against every other");
+  stats->add_option("--histogram", options->histogram, "SVG file for a histogram of each variable")->check(not_empty());
+  stats->add_option("--scatter", options->scatter, "SVG file for every variable against every other")
+      ->check(not_empty());
   stats->footer(
       "A missing cell (empty or NA) is left out of its variable; covariance and correlation take the rows in\n"
       "which none is missing. Quantiles do not use the weights. Kurtosis is the excess over 3.\n"

@@ -17,12 +17,12 @@ std::vector<int> bars_of(const std::vector<double>& values, Range range) {
   if (finite.empty()) return std::vector<int>(5);
   std::sort(finite.begin(), finite.end());
   const size_t n = finite.size();
-  const double spread = finite[3 * (n - 1) / 4] - finite[(n - 1) / 4];
-  const double width = 2 * spread / std::cbrt(static_cast<double>(n));
-  const double wanted = width > 0 ? (range.high - range.low) / width : 10;
+  const double spread = range.part(finite[3 * (n - 1) / 4]) - range.part(finite[(n - 1) / 4]);
+  const double width = 2 * spread / std::cbrt(static_cast<double>(n)); // as a part of the range
+  const double wanted = width > 0 ? 1 / width : 10;
   std::vector<int> bars(static_cast<size_t>(std::clamp(wanted, 5.0, 60.0)));
   for (const double x : finite) {
-    const double place = (x - range.low) / (range.high - range.low) * static_cast<double>(bars.size());
+    const double place = range.part(x) * static_cast<double>(bars.size());
     ++bars[std::min(bars.size() - 1, static_cast<size_t>(place))];
   }
   return bars;
@@ -78,8 +78,7 @@ std::string draw_scatter_matrix(const std::vector<Sample>& variables, const std:
         const double a = variables[column].values[i], b = variables[row].values[i];
         if (!std::isfinite(a) || !std::isfinite(b)) continue;
         svg += format("<circle cx=\"%.1f\" cy=\"%.1f\" r=\"1.4\" fill=\"#ee6677\" fill-opacity=\"0.6\"/>\n",
-                      x + 3 + (cell - 6) * (a - across.low) / (across.high - across.low),
-                      y + cell - 3 - (cell - 6) * (b - up.low) / (up.high - up.low));
+                      x + 3 + (cell - 6) * across.part(a), y + cell - 3 - (cell - 6) * up.part(b));
       }
       svg += frame(x, y, cell, cell);
     }

@@ -1,17 +1,21 @@
 #include "command/svg.h"
 
+#include "command/output.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <limits>
 
 namespace tarn::command::svg {
 
 namespace {
 
+// XML knows no control characters, not even escaped ones.
 std::string escaped(const std::string& text) {
   std::string result;
-  for (const char c : text) {
+  for (const char c : as_utf8(in_one_line(text))) {
     switch (c) {
     case '<': result += "&lt;"; break;
     case '>': result += "&gt;"; break;
@@ -41,8 +45,19 @@ Range range_of(const std::vector<double>& values) {
     range.high = std::max(range.high, x);
   }
   if (range.low > range.high) return {0, 1};
-  if (range.low == range.high) return {range.low - 0.5, range.high + 0.5};
-  return range;
+  if (range.low < range.high) return range;
+  const double room = std::max(0.5, 0.05 * std::abs(range.low)), most = std::numeric_limits<double>::max();
+  return {std::max(range.low - room, -most), std::min(range.high + room, most)};
+}
+
+double Range::part(double value) const {
+  const double width = high - low;
+  return std::isfinite(width) ? (value - low) / width : (value / 2 - low / 2) / (high / 2 - low / 2);
+}
+
+double Range::at(double part) const {
+  const double width = high - low;
+  return std::isfinite(width) ? low + width * part : low * (1 - part) + high * part;
 }
 
 std::string start(double width, double height) {

@@ -3,7 +3,6 @@
 
 #include "command/input.h"
 
-#include <fstream>
 #include <string>
 
 namespace tarn::command {
@@ -20,15 +19,16 @@ public:
   double progress() const;                                 // 0 to 1; -1 when the length is not known
 
 private:
-  size_t cut() const; // where the last whole row of the pending bytes ends
   void fill();
+  void first_rows(const Table& block, const std::string& content);
 
   InputOptions options;
-  std::string source, pending, header;
-  std::ifstream file;
-  std::istream* stream;
+  Source source;
+  // Before every block stands the header. Until the first row is found, it is all that was read.
+  std::string header, pending;
   size_t limit;
-  int64_t length = -1, taken = 0, lines_before = 0;
+  int64_t taken = 0, width = 0;
+  int64_t lines = 0; // that were taken; of binary input the rows
   bool ended = false, first = true;
 };
 

@@ -1,7 +1,9 @@
 /* The entries and tables of every vector function. Made by tools/regenerate from vector/functions.def;
- * include tarn/vector.h, which tells what all of them share. */
+ * tarn/vector.h tells what all of them share. */
 #ifndef TARN_VECTOR_FUNCTIONS_H
 #define TARN_VECTOR_FUNCTIONS_H
+
+#include "tarn/vector.h"
 
 /* clang-format off */
 #ifdef __cplusplus

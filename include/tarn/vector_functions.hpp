@@ -1,7 +1,9 @@
-// The vector functions over spans. Made by tools/regenerate from vector/functions.def; include tarn/tarn.hpp, which
+// The vector functions over spans. Made by tools/regenerate from vector/functions.def; tarn/tarn.hpp
 // tells what all of them share.
 #ifndef TARN_VECTOR_FUNCTIONS_HPP
 #define TARN_VECTOR_FUNCTIONS_HPP
+
+#include "tarn/tarn.hpp"
 
 // clang-format off
 namespace tarn {

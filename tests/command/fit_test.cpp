@@ -155,6 +155,25 @@ TEST_F(Fit, Pictures) {
   EXPECT_EQ(read(folder / "points.svg").find("<polyline"), std::string::npos);
 }
 
+TEST_F(Fit, HostileDataAndNames) {
+  write("h.csv", "x,\"a<&>\n\x01\xFF\"\n-1e308,1e308\n0,-1e308\n1e308,3\n1.5e308,3\n");
+  EXPECT_EQ(run("h.csv --x x --y 2 --kind step-left --picture h.svg").code, 0);
+  const std::string svg = read(folder / "h.svg");
+  EXPECT_NE(svg.find(">a&lt;&amp;&gt;  \xEF\xBF\xBD<"), std::string::npos);
+  for (const char* word : {"nan", "inf"}) EXPECT_EQ(svg.find(word), std::string::npos) << word;
+  // The width of the data overflows; their sites do not.
+  const auto table = rows("h.csv --x x --y 2 --kind step-right --at 3");
+  ASSERT_EQ(table.size(), 3u);
+  EXPECT_EQ(table[0][0], -1e308);
+  EXPECT_NEAR(table[1][0] / 1e308, 0.25, 1e-15);
+  EXPECT_EQ(table[2][0], 1.5e308);
+  // The words behind the values stay a comment, whatever the name holds.
+  write("n.csv", "x,\"two\nlines\"\n0,1\n1,1\n");
+  EXPECT_EQ(run("n.csv --x x --y 2 --kind linear --at 0,1 --integrate 0:1").out,
+            "0\t1\n1\t1\n# integral of two lines from 0 to 1: 1\n");
+  EXPECT_EQ(run("--x x --y 2 --kind linear --at 0, --derivatives 0,1 n.csv").out, "0\t1\t0\n");
+}
+
 TEST_F(Fit, Refusals) {
   write("c.csv", cubic_csv());
   write("few.csv", "t,y\n0,1\n1,2\n2,NA\n");
@@ -196,6 +215,14 @@ TEST_F(Fit, Refusals) {
   EXPECT_NE(unwritable.code, 0);
   EXPECT_NE(unwritable.err.find("absent/p.svg"), std::string::npos) << unwritable.err;
   EXPECT_FALSE(fs::exists(folder / "result.txt"));
+  const ProgramOutcome same = run("c.csv --x t --y line --at 5 -o same --picture same");
+  EXPECT_NE(same.code, 0);
+  EXPECT_EQ(same.err, "tarn: two outputs have the same name, same\n");
+  EXPECT_FALSE(fs::exists(folder / "same"));
+  EXPECT_EQ(run("c.csv --x t --y line --picture -").code, 0);
+  EXPECT_NE(run("c.csv --x t --y line --at 5 --picture -").code, 0);
+  for (const char* option : {"--at ''", "--picture ''"})
+    EXPECT_NE(run(std::string("c.csv --x t --y line ") + option).code, 0) << option;
   const ProgramOutcome nothing = run("c.csv --x t --y line");
   EXPECT_NE(nothing.code, 0);
   EXPECT_EQ(nothing.err, "tarn: nothing is asked for: give --at, --integrate or --picture\n");

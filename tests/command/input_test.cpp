@@ -75,7 +75,8 @@ TEST(Numbers, Forms) {
   reads("1.7976931348623157e308", std::numeric_limits<double>::max());
   EXPECT_TRUE(parse_number("nan", Real::Double, value));
   EXPECT_TRUE(std::isnan(value));
-  for (const char* text : {"", "-", "+-1", "--1", "1x", "0x", "1e", "1,5", "one", "1 2", "1e400", "-1e400", "0x1p1024"})
+  for (const char* text : {"", "-", "+-1", "--1", "1x", "0x", "1e", "1,5", "one", "1 2", "1e400", "-1e400", "0x1p1024",
+                           "0x-1", "-0x-1", "0x+1", "0xinf", "0xnan"})
     EXPECT_FALSE(parse_number(text, Real::Double, value)) << text;
   EXPECT_FALSE(parse_number("1e39", Real::Single, value));
 }
@@ -94,6 +95,16 @@ TEST(Text, EveryNumberInOrder) {
   ASSERT_EQ(table.columns.size(), 1U);
   EXPECT_EQ(table.columns[0].values, (Values{1, 2, 3, 4, 5}));
   EXPECT_EQ(table.lines, (Lines{2, 2, 2, 4, 5}));
+}
+
+TEST(Text, AByteOrderMarkIsNoPartOfTheFirstNumber) {
+  EXPECT_EQ(read("\xEF\xBB\xBF"
+                 "1 2\n",
+                 1)
+                .columns[0]
+                .values,
+            (Values{1, 2}));
+  EXPECT_EQ(read("\xEF\xBB\xBF# readings, two\n1 2\n", 2).columns[1].values, (Values{2}));
 }
 
 TEST(Text, Rows) {
@@ -145,9 +156,40 @@ TEST(Csv, WithoutHeaderAndOtherDelimiters) {
   EXPECT_EQ(read("a\tb\n3\t\n", 2, options, ".csv").columns[1].missing[0], true);
 }
 
+// What starts like a number is no name: a first row of data must not vanish as a header.
+TEST(Csv, OnlyNamesMakeAHeader) {
+  EXPECT_EQ(failure("1e999\n1\n", 1, {}, ".csv"), ", line 1: \"1e999\" is not a number of type d");
+  InputOptions options;
+  options.delimiter = ";";
+  EXPECT_EQ(failure("1,5;2\n3;4\n", 2, options, ".csv"), ", line 1: \"1,5\" is not a number of type d");
+  EXPECT_EQ(read("2024-05-31,1\n2024-06-01,2\n", 1, columns({"2"}), ".csv").columns[0].values, (Values{1, 2}));
+  EXPECT_EQ(read("country,2019,2020\nA,1,2\n", 1, columns({"2020"}), ".csv").columns[0].values, (Values{2}));
+  EXPECT_EQ(read("2nd,x\n1,2\n", 2, {}, ".csv").columns[0].name, "2nd");
+}
+
+TEST(Csv, ANameThatStandsTwiceIsRefused) {
+  EXPECT_EQ(failure("a,b,a\n1,2,3\n", 1, columns({"a"}), ".csv"), ": 2 columns are named \"a\"; choose by number");
+  EXPECT_EQ(read("a,b,a\n1,2,3\n", 1, columns({"3"}), ".csv").columns[0].values, (Values{3}));
+  EXPECT_EQ(read("3,b,c\n1,2,4\n", 1, columns({"3"}), ".csv").columns[0].values, (Values{1})) << "names come first";
+}
+
+TEST(Csv, BlanksThatAreDelimiters) {
+  const Table tabs = read("a\tb\n1\t2\n\t\n\n \t4\n", 2, {}, ".tsv"); // the delimiter by the file's name
+  EXPECT_EQ(tabs.lines, (Lines{2, 3, 5}));
+  EXPECT_EQ(tabs.columns[0].missing, (std::vector<bool>{false, true, true}));
+  InputOptions options;
+  options.delimiter = " ";
+  EXPECT_EQ(read("1  \"3\"\n", 3, options, ".csv").columns[1].missing[0], true);
+  options.delimiter = ",";
+  EXPECT_EQ(read("1,2\n", 2, options, ".tsv").columns[1].values, (Values{2}));
+}
+
 TEST(Csv, IsRecognised) {
   EXPECT_EQ(read("a,b\n1,2\n", 2, {}, ".dat").columns[1].name, "b");
   EXPECT_EQ(read("a\n1\n", 1, columns({"a"}), ".dat").columns[0].values, (Values{1}));
+  InputOptions options;
+  options.header = "yes";
+  EXPECT_EQ(read("7\n1\n", 1, options, ".dat").columns[0].name, "7");
 }
 
 TEST(Binary, BothTypes) {
@@ -166,9 +208,26 @@ TEST(Binary, BothTypes) {
   EXPECT_EQ(failure(bytes.substr(0, 9), 1, {}, ".bin"), ": 9 bytes are no whole number of rows of 8 bytes");
 }
 
+// The name of a file tells what its values are, whatever type they are wanted in.
+TEST(Binary, TheFilesNameTellsTheValues) {
+  const float floats[] = {1.5F, -2, 3};
+  const double doubles[] = {0.1, -2};
+  const std::string_view four(reinterpret_cast<const char*>(floats), sizeof floats),
+      eight(reinterpret_cast<const char*>(doubles), sizeof doubles);
+  EXPECT_EQ(read(four, 1, {}, ".f32").columns[0].values, (Values{1.5, -2, 3}));
+  InputOptions single;
+  single.real = Real::Single;
+  EXPECT_EQ(read(eight, 1, single, ".f64").columns[0].values, (Values{0.1F, -2}));
+  EXPECT_EQ(read(four, 1, single, ".bin").columns[0].values, (Values{1.5, -2, 3}));
+  const double large[] = {1, 1e39};
+  EXPECT_EQ(failure({reinterpret_cast<const char*>(large), sizeof large}, 1, single, ".f64"),
+            ", row 2: a value too large for type s");
+}
+
 TEST(Refusals, NameTheLine) {
   EXPECT_EQ(failure("1\n2\nthree\n", 1), ", line 3: \"three\" is not a number of type d");
   EXPECT_EQ(failure("1\n1e999\n", 1), ", line 2: \"1e999\" is not a number of type d");
+  EXPECT_EQ(failure({"1\n\0\x1B[3\n", 7}, 1), ", line 2: \"??[3\" is not a number of type d");
   EXPECT_EQ(failure("a,b\n1,2\n3\n", 1, columns({"a"}), ".csv"), ", line 3: 1 cells where the first row has 2");
   EXPECT_EQ(failure("a,b\n1,\"2\n3\n", 1, columns({"a"}), ".csv"), ", line 2: a quoted cell without an end");
   EXPECT_EQ(failure("a,b\n1,\"2\"x\n", 1, columns({"a"}), ".csv"), ", line 2: text behind the closing quote of a cell");

@@ -44,6 +44,56 @@ TEST_F(Outputs, AppearWholeOnCommit) {
   EXPECT_EQ(files(), 1);
 }
 
+// A caller may have closed standard output: a file that then gets its descriptor would receive what was meant for it.
+TEST_F(Outputs, NeverTakeTheDescriptorOfStandardOutput) {
+  const pid_t child = fork();
+  if (child == 0) {
+    close(STDOUT_FILENO);
+    try {
+      Output standard("-"), file(folder / "file");
+      standard.write("for standard output");
+      file.write("for the file");
+      file.commit();
+      standard.commit();
+    } catch (const Failure&) {
+      _exit(9);
+    }
+    _exit(0);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 9);
+  EXPECT_EQ(content(folder / "file"), "for the file");
+}
+
+TEST_F(Outputs, OfTheSameNameAreRefused) {
+  std::ofstream(folder / "file") << "before";
+  fs::create_symlink("file", folder / "link");
+  const std::string file = folder / "file", link = folder / "link", other = folder / "." / "file";
+  EXPECT_THROW(check_distinct({"-", "", "-"}), Failure);
+  EXPECT_THROW(check_distinct({file, "-", file}), Failure);
+  EXPECT_THROW(check_distinct({file, link}), Failure);
+  EXPECT_THROW(check_distinct({other, file}), Failure);
+  EXPECT_THROW(check_distinct({folder / "absent", folder / "absent"}), Failure);
+  EXPECT_NO_THROW(check_distinct({"-", file, folder / "absent", "", ""}));
+  EXPECT_NO_THROW(check_distinct({"/dev/null", "/dev/null"}));
+}
+
+TEST(Texts, BecomeWellFormed) {
+  const std::string good = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\xEF\xBF\xBD";
+  EXPECT_EQ(as_utf8(good), good);
+  const std::string mark = "\xEF\xBF\xBD";
+  EXPECT_EQ(as_utf8("\xB0"
+                    "C"),
+            mark + "C"); // a degree sign of Latin-1
+  EXPECT_EQ(as_utf8("x\xE2\x82"), "x" + mark + mark);
+  EXPECT_EQ(as_utf8("\xC0\xAF"), mark + mark);
+  EXPECT_EQ(as_utf8("\xED\xA0\x80"), mark + mark + mark);
+  EXPECT_EQ(as_utf8("\xF4\x90\x80\x80"), mark + mark + mark + mark);
+  EXPECT_EQ(as_utf8("\xEF\xBF\xBE"), mark);
+  EXPECT_EQ(in_one_line("a\nb\tc\x1B\x7F\xC3\xA9"), "a b c  \xC3\xA9");
+}
+
 TEST_F(Outputs, LeaveNothingWithoutCommit) {
   std::ofstream(folder / "result") << "before";
   {

@@ -172,6 +172,7 @@ TEST_F(Program, RefusesInOneLine) {
   refuses("eval Exp -o absent/out.txt", "1", "cannot write absent/out.txt: No such file or directory");
   refuses("eval Exp -o .", "1", "cannot write .: Is a directory");
   refuses("eval Exp -o /dev/full", "1", "cannot write /dev/full: No space left on device");
+  refuses("eval Exp -o ''", "1", "--output: nothing is named");
   refuses("eval Exp --scalar 2", "1", "--scalar: 1 given, 0 needed");
   refuses("eval Exp --scalar x", "1", "--scalar: \"x\" is not a number of type d");
   refuses("eval", "", "function is required");
@@ -180,7 +181,8 @@ TEST_F(Program, RefusesInOneLine) {
 }
 
 TEST_F(Program, FullDiskIsNoticed) {
-  for (const char* command : {"eval Exp", "list"}) {
+  for (const char* command :
+       {"eval Exp", "list", "list Exp", "stats", "random uniform", "--help", "--version", "eval --help", ""}) {
     const ProgramOutcome full = tarn(command, "1", "", "/dev/full");
     EXPECT_EQ(full.code, 1) << command;
     EXPECT_EQ(full.err, "tarn: cannot write standard output: No space left on device\n") << command;

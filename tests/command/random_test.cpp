@@ -89,12 +89,25 @@ TEST_F(Random, BitsAreTheGeneratorsWords) {
 
 TEST_F(Random, RefusesWhatItCannotDo) {
   expect_refusal("uniform -g NOSUCH");
-  expect_refusal("uniform -n -5");
+  expect_refusal("uniform -n -5 -o /dev/full");
   expect_refusal("uniform --load missing-image");
   expect_refusal("uniform --leapfrog 1");
   expect_refusal("uniform -g MT19937 --leapfrog 1 3"); // has no leapfrog
   expect_refusal("uniform -n 5 -o no/such/folder/file");
+  for (const char* arguments : {"-n 5 -a nan", "-n 5 -b inf", "-n 5 -a 2 -b 1", "-n 5 -a 1 -b 1", "-n 5 -t s -b 1e39",
+                                "-n 5 -a -1e308 -b 1e308", "-n 1e3", "-n 18446744073709551616 -o /dev/full",
+                                "--skip -1", "-g MCG59 --leapfrog -1 2", "-g MCG59 --leapfrog 0 0", "--save ''",
+                                "--load ''", "--save same -o same", "--save - -n 1", "--save absent/image -n 1"})
+    expect_refusal(std::string("uniform ") + arguments);
+  EXPECT_NE(run("uniform -n 18446744073709551616 -o /dev/full").err.find("is not a whole number"), std::string::npos);
+  EXPECT_EQ(files(), 0);
   expect_refusal("");
+}
+
+// The image is written when the numbers are, and not without them.
+TEST_F(Random, NumbersThatAreLostLeaveNoImage) {
+  EXPECT_EQ(tarn("random uniform -n 3 --save image", "", "", "/dev/full").code, 1);
+  EXPECT_EQ(files(), 0);
 }
 
 TEST_F(Random, ABrokenImageIsRefused) {

@@ -126,6 +126,94 @@ TEST_F(Stats, PicturesAndRefusals) {
   write("empty.csv", "");
   refuses("empty.csv", "holds no numbers");
   refuses("t.csv --quantiles 1.5", "--quantiles");
+  refuses("t.csv --quantiles nan", "--quantiles");
+  refuses("t.csv --epsilon nan", "--epsilon");
+  refuses("t.csv --weights ''", "--weights: nothing is named");
+  refuses("t.csv --histogram -", "two outputs have the same name, standard output");
+  refuses("t.csv --histogram p.svg --scatter p.svg", "two outputs have the same name, p.svg");
+  refuses("t.csv --histogram p.svg -o absent/t", "cannot write absent/t");
+  EXPECT_EQ(tarn("stats t.csv --histogram p.svg", "", "", "/dev/full").code, 1);
+  EXPECT_FALSE(std::filesystem::exists(folder / "p.svg")) << "a picture without its table";
+}
+
+TEST_F(Stats, OptionsBeforeTheFile) {
+  write("t.csv", small);
+  EXPECT_EQ(run("--quantiles 0.1,0.5 t.csv").out, run("t.csv --quantiles 0.1 --quantiles 0.5").out);
+  EXPECT_EQ(run("--block 1TB t.csv").out, run("t.csv").out) << "a block costs no more than the file";
+}
+
+// Every order has its own name, every column the number it has in the file.
+TEST_F(Stats, NamesAreNotShared) {
+  write("t.csv", small);
+  auto f = figures("t.csv --column a --quantiles 0.9999999,1,0.123456789");
+  EXPECT_EQ(f.count("q0.9999999,a,") + f.count("q1,a,") + f.count("q0.123456789,a,"), 3u);
+  write("n.txt", "1 2 3\n4 5 6\n");
+  EXPECT_EQ(figures("n.txt --column 3")["mean,column 3,"], "4.5");
+  EXPECT_EQ(figures("n.txt --column 3 --column 1 --weights 2")["max,column 1,"], "4");
+  write("w.csv", "3,a,b\n1,2,5\n4,5,5\n"); // a name comes before a number
+  EXPECT_EQ(figures("w.csv --weights 3")["mean,a,"], "4.4");
+  write("d.csv", "w,a,w\n1,2,5\n4,5,5\n");
+  EXPECT_NE(run("d.csv --weights w").err.find("2 columns are named \"w\""), std::string::npos);
+}
+
+TEST_F(Stats, ColumnsOfTheTextStayApart) {
+  write("t.csv", "a,b\n-1.23456e100,-1.23456e-300\n-1.23456e100,-1.23456e-300\n");
+  std::istringstream lines(run("t.csv --moments-only --quantiles 0.123456789012345").out);
+  std::vector<size_t> words;
+  for (std::string line; std::getline(lines, line);) {
+    std::istringstream stream(line);
+    words.push_back(0);
+    for (std::string word; stream >> word;) ++words.back();
+  }
+  EXPECT_EQ(words, (std::vector<size_t>{11, 11, 11}));
+}
+
+TEST_F(Stats, PicturesOfHostileData) {
+  write("h.csv", "\"a<&>\n\x01\xFF\",b,c,d,e\n1e308,5,nan,inf,1e300\n-1e308,5,nan,-inf,1e300\n1,5,nan,3,1e300\n");
+  write("one.csv", "a,b\n1,2\n");
+  for (const char* file : {"h.csv", "one.csv"}) {
+    ASSERT_EQ(run(std::string(file) + " --histogram h.svg --scatter s.svg").code, 0) << file;
+    for (const char* picture : {"h.svg", "s.svg"}) {
+      const std::string svg = read(folder / picture);
+      EXPECT_EQ(svg.find("nan"), svg.npos) << file << ' ' << picture;
+      EXPECT_EQ(svg.find("inf"), svg.npos) << file << ' ' << picture;
+      EXPECT_EQ(svg.find('\x01'), svg.npos) << file << ' ' << picture;
+      EXPECT_EQ(svg.find('\xFF'), svg.npos) << file << ' ' << picture;
+    }
+  }
+  const std::string json = run("h.csv --to json").out;
+  EXPECT_NE(json.find("a<&>\\u000a\\u0001\xEF\xBF\xBD\""), json.npos) << json;
+}
+
+// Where a block ends must not show: in figures, in refusals, in the lines that they name.
+TEST_F(Stats, BlocksDoNotShow) {
+  std::string rows, gap(200, '\n');
+  for (int i = 0; i < 60; ++i) rows += std::to_string(i % 7) + ",5\" pipe," + std::to_string(i) + "\n";
+  const auto same = [&](const std::string& name, const std::string& content, const std::string& arguments) {
+    write(name, content);
+    const ProgramOutcome whole = run(name + " --to csv " + arguments),
+                         blocks = run(name + " --to csv --block 128 " + arguments);
+    EXPECT_EQ(blocks.code, whole.code) << name;
+    EXPECT_EQ(blocks.err, whole.err) << name;
+    const auto counts = [](const std::string& out) { return out.substr(0, out.find("mean")); };
+    EXPECT_EQ(counts(blocks.out), counts(whole.out)) << name;
+    return whole;
+  };
+  EXPECT_EQ(same("quotes.csv", "a,b,c\n" + rows, "--column a --column c").code, 0); // a quote inside a plain cell
+  EXPECT_EQ(same("gap.csv", "a,b,c\n" + rows + gap + rows, "--column a").code, 0);  // a whole block of empty lines
+  const std::string comments = "# one, two\n# three\n# four, five, six and seven\n# eight\n";
+  EXPECT_EQ(
+      same("comments.txt", comments + comments + comments + "1 2\n3 4\n" + comments + comments + "5 6\n", "").code, 0);
+  EXPECT_EQ(same("header.csv", "\"" + std::string(100, 'a') + "\",b\n1,22222222222222222222222222222\n3,4\n", "").code,
+            0);
+  EXPECT_EQ(same("ragged.txt", std::string(400, '\n') + "1 2\n" + std::string(400, '\n') + "1 2 3\n", "").err,
+            "tarn: ragged.txt, line 802: 3 cells where the first row has 2\n");
+  std::string columns;
+  for (int i = 0; i < 100; ++i) columns += "1 2\n";
+  EXPECT_EQ(same("short.txt", columns + "1\n", "").err,
+            "tarn: short.txt, line 101: 1 cells where the first row has 2\n");
+  EXPECT_EQ(same("late.csv", "a,b,c\n" + rows + "x,1,1\n", "--column a").err,
+            "tarn: late.csv, line 62: \"x\" is not a number of type d\n");
 }
 
 // The blocks of a table are the table: every row once, with its line.
