@@ -60,6 +60,8 @@ template <int Terms, int Order, class Real, class Cell, class Pieces>
 void evaluate_order(Pieces pieces, const Real* c, int64_t count, const Real* site, const Cell* cell, Real* out,
                     int64_t step) {
   constexpr int width = lanes<Vector<Real>, Real>;
+  // While a block is at hand the sites and the places of the results of the next one are fetched, a cache line at a time.
+  constexpr int64_t line = 64 / sizeof(Real), next_block = block_sites + line * 8;
   // Coefficients beyond the nearer caches are asked for ahead of their use.
   constexpr int64_t near_bytes = 1 << 18;
   const int64_t ahead = pieces.points.n * Terms * int64_t(sizeof(Real)) > near_bytes ? 12 : count;
@@ -67,6 +69,10 @@ void evaluate_order(Pieces pieces, const Real* c, int64_t count, const Real* sit
   for (; s + width <= count; s += width) {
     if (s + ahead + width <= count)
       for (int l = 0; l < width; ++l) __builtin_prefetch(c + (int64_t(cell[s + ahead + l]) - 1) * Terms);
+    if (s % line == 0) {
+      __builtin_prefetch(site + s + next_block);
+      __builtin_prefetch(out + (s + next_block) * step);
+    }
     int64_t piece[width];
     const Real* at[width];
     Vector<Real> columns[Terms];
