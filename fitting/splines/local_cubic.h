@@ -60,9 +60,11 @@ template <class Real, class V> struct Division {
   }
   bool failed() const { return any(farthest > broadcast<V>(far)); }
   static Reciprocals<V> of_far_pair(V a, V b) {
-    const V one = broadcast<V>(Real(1)), product = a * b, reciprocal = one / product;
-    const auto beyond = larger(product, reciprocal) > broadcast<V>(far);
-    return {select(beyond, one / a, reciprocal * b), select(beyond, one / b, reciprocal * a)};
+    Division pair;
+    const Reciprocals<V> shared = pair.of_pair(a, b);
+    const V one = broadcast<V>(Real(1));
+    const auto beyond = pair.farthest > broadcast<V>(far);
+    return {select(beyond, one / a, shared.of_a), select(beyond, one / b, shared.of_b)};
   }
 };
 
@@ -203,19 +205,16 @@ template <class Kind, class Real, bool interleaved, bool uniform> struct LocalCu
       using V = Vector<Real>;
       constexpr int64_t group = group_cells<Real>, half = group / 2;
       const int64_t end = low + (high - low) / group * group;
-      Division<Real, V> division;
-      for (int64_t i = low; i < end; i += group) {
-        const auto inverse = division.of_pair(at.template length<V>(i), at.template length<V>(i + half));
-        set_slope(at, i, inverse.of_a);
-        set_slope(at, i + half, inverse.of_b);
-      }
-      if (division.failed()) {
+      const auto divide = [&](auto reciprocals) {
         for (int64_t i = low; i < end; i += group) {
-          const auto inverse = division.of_far_pair(at.template length<V>(i), at.template length<V>(i + half));
+          const auto inverse = reciprocals(at.template length<V>(i), at.template length<V>(i + half));
           set_slope(at, i, inverse.of_a);
           set_slope(at, i + half, inverse.of_b);
         }
-      }
+      };
+      Division<Real, V> division;
+      divide([&](V a, V b) { return division.of_pair(a, b); });
+      if (division.failed()) divide([](V a, V b) { return Division<Real, V>::of_far_pair(a, b); });
       for (int64_t i = end; i < high; ++i) set_slope(at, i, grid.template inverse<Real>(i));
     }
   }

@@ -120,23 +120,26 @@ TYPED_TEST(Order, SelectionOnAwkwardData) {
   }
 }
 
+// The quantiles of a set of one variable.
+template <class Real, class Int>
+std::vector<Real> quantiles_of(const Dataset<Real>& set, const std::vector<Real>& orders) {
+  TaskOf<Real, Int> task(set);
+  Int count = Int(orders.size());
+  std::vector<Real> quantiles(orders.size());
+  task.set_integer(24, &count);
+  task.set_real(25, orders.data());
+  task.set_real(26, quantiles.data());
+  EXPECT_EQ(Api<Real>::quantiles(task.task, Quantiles, Fast, nullptr), 0);
+  return quantiles;
+}
+
 TYPED_TEST(Order, InfinityBesideAnExactRank) {
   using Real = typename TypeParam::Real;
   using Int = typename TypeParam::Int;
   Dataset<Real> set = random_dataset<Real>(3, 1, true, Weights::none, false, 1);
   const Real inf = std::numeric_limits<Real>::infinity();
   set.data = {inf, 2, -inf};
-  TaskOf<Real, Int> task(set);
-  Int count = 3;
-  const Real orders[] = {0, Real(0.5), 1};
-  Real quantiles[3] = {};
-  task.set_integer(24, &count);
-  task.set_real(25, orders);
-  task.set_real(26, quantiles);
-  ASSERT_EQ(Api<Real>::quantiles(task.task, Quantiles, Fast, nullptr), 0);
-  EXPECT_EQ(quantiles[0], -inf);
-  EXPECT_EQ(quantiles[1], 2);
-  EXPECT_EQ(quantiles[2], inf);
+  EXPECT_EQ((quantiles_of<Real, Int>(set, {0, Real(0.5), 1})), (std::vector<Real>{-inf, 2, inf}));
 }
 
 // A fraction that rounds to 1 in float does not hide the infinity below it; 0.01 of 101 elements has one.
@@ -144,20 +147,11 @@ TYPED_TEST(Order, InfinityBelowAFraction) {
   using Real = typename TypeParam::Real;
   using Int = typename TypeParam::Int;
   const Real inf = std::numeric_limits<Real>::infinity();
-  for (bool sorted : {false, true}) { // by selection and from the sorted elements
+  for (size_t count : {1, 6}) { // by selection and from the sorted elements
     Dataset<Real> set = random_dataset<Real>(101, 1, true, Weights::none, false, 1);
     set.data[50] = -inf;
-    TaskOf<Real, Int> task(set);
-    Int count = sorted ? 6 : 1;
-    const Real near = Real(0.01f); // just below
-    const Real orders[] = {near, near, near, near, near, near};
-    Real quantiles[6] = {};
-    task.set_integer(24, &count);
-    task.set_real(25, orders);
-    task.set_real(26, quantiles);
-    ASSERT_EQ(Api<Real>::quantiles(task.task, Quantiles, Fast, nullptr), 0);
-    EXPECT_EQ(quantiles[0], -inf);
-    EXPECT_EQ(quantiles[count - 1], -inf);
+    const std::vector<Real> orders(count, Real(0.01f)); // just below
+    EXPECT_EQ((quantiles_of<Real, Int>(set, orders)), std::vector<Real>(count, -inf));
   }
 }
 
@@ -169,14 +163,7 @@ TYPED_TEST(Order, QuantilesOfEqualElementsAreTheElement) {
   for (Real x : {Real(0.1), Real(1) / 3, -Real(0.7), std::numeric_limits<Real>::max()}) {
     Dataset<Real> set = random_dataset<Real>(38, 1, true, Weights::none, false, 1);
     std::fill(set.data.begin(), set.data.end(), x);
-    TaskOf<Real, Int> task(set);
-    Int count = Int(orders.size());
-    std::vector<Real> quantiles(orders.size());
-    task.set_integer(24, &count);
-    task.set_real(25, orders.data());
-    task.set_real(26, quantiles.data());
-    ASSERT_EQ(Api<Real>::quantiles(task.task, Quantiles, Fast, nullptr), 0);
-    for (Real q : quantiles) ASSERT_EQ(q, x);
+    for (Real q : quantiles_of<Real, Int>(set, orders)) ASSERT_EQ(q, x);
   }
 }
 
