@@ -1,4 +1,5 @@
-# Library, headers, the CMake package (find_package(Tarn) gives Tarn::tarn, Tarn::static and the adapters) and the pkg-config file.
+# Library, headers, the CMake package (find_package(Tarn) gives Tarn::tarn, Tarn::static and the adapters), the pkg-config
+# file.
 include(CMakePackageConfigHelpers)
 
 set_target_properties(tarn_static PROPERTIES EXPORT_NAME static)

@@ -39,15 +39,7 @@ for program in c cpp; do
   LD_LIBRARY_PATH=$libdir "$work/$program"
 done
 
-# Each C header on its own, to C and to C++ of its time; vector_functions.h is a part of vector.h.
-include=$(pkg-config --variable=includedir tarn)
-for header in "$include"/tarn/*.h; do
-  name=tarn/${header##*/}
-  [ "$name" = tarn/vector_functions.h ] && continue
-  "$cc" -std=c99 -Wall -Wextra -pedantic -Werror -I"$include" -fsyntax-only -x c - <<<"#include <$name>" &&
-    "$cxx" -std=c++11 -Wall -Wextra -pedantic -Werror -I"$include" -fsyntax-only -x c++ - <<<"#include <$name>" ||
-    { echo "$name does not stand on its own"; exit 1; }
-done
+python3 "$consumer/../check_headers.py" "$(pkg-config --variable=includedir tarn)" "$cc" "$cxx"
 
 # The first example that a reader meets.
 sed -n '/^```c$/,/^```$/p' "$consumer/../../../README.md" | sed '/^```/d' >"$work/readme.c"

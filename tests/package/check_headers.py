@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Every public header compiles alone, without a warning: those of C as C11 and as C++20, those of C++ as C++20.
+"""Every public header compiles alone, without a warning: those of C as C99, C11, C++11 and C++20, those of C++ as C++20.
 
 check_headers.py INCLUDE_FOLDER C_COMPILER CXX_COMPILER
 """
@@ -16,7 +16,8 @@ wrong = []
 for header in headers:
     languages = [[cxx_compiler, "-std=c++20", "-x", "c++"]]
     if header.suffix == ".h":
-        languages.append([c_compiler, "-std=c11", "-x", "c"])
+        languages.append([cxx_compiler, "-std=c++11", "-x", "c++"])
+        languages += [[c_compiler, standard, "-x", "c"] for standard in ("-std=c99", "-std=c11")]
     for language in languages:
         run = subprocess.run(
             [*language, "-Wall", "-Wextra", "-Wpedantic", "-Werror", "-fsyntax-only", f"-I{include}", "-"],
